@@ -1,0 +1,18 @@
+#include "downloader/SavedForm.h"
+
+#include "platform/Resources.h"
+
+#include <utility>
+
+namespace vantro {
+
+PropertyBag SavedProperties(std::string_view form, std::string_view control)
+{
+    for (SavedControl& saved : ParseSavedForm(FindResource("FORMS", form).value_or(std::string_view {}))) {
+        if (saved.name == control)
+            return std::move(saved.properties);
+    }
+    return {};
+}
+
+} // namespace vantro

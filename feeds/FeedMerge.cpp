@@ -1,0 +1,102 @@
+#include "feeds/ItemStore.h"
+#include "feeds/MergePlan.h"
+#include "feeds/SiteModule.h"
+#include "feeds/modXML.h"
+#include "platform/TextCoding.h"
+#include "shell/modMain.h"
+
+#include <optional>
+
+namespace vantro {
+
+namespace {
+
+// The items of a downloaded file, each decoded by itself. Those that are valid UTF-8 stay views into the
+// file.
+class FeedItems {
+public:
+    explicit FeedItems(std::string feedText) : text_(std::move(feedText)), items_(SplitItems(text_)) { }
+
+    [[nodiscard]] std::vector<FeedItem> Take(const Site& site) const
+    {
+        std::vector<FeedItem> taken;
+        taken.reserve(items_.size());
+        for (const std::string_view item : items_)
+            taken.push_back(IsUtf8(item) ? TakeItem(site, item) : TakeItem(site, DecodeFeedText(item)));
+        return taken;
+    }
+
+private:
+    std::string text_;
+    std::vector<std::string_view> items_;
+};
+
+// The stored items that have a node; one without counts as not stored.
+std::vector<KeptItem> ReadKept(const Site& site, const FeedServices& services, std::int32_t count)
+{
+    const ItemStore store(services.registry, site);
+    std::vector<KeptItem> kept;
+    for (std::int32_t j = 1; j <= count; ++j) {
+        if (const NewsNode* node = services.tree.Find(NodeKey(site, j)))
+            kept.push_back({store.ReadText(j, "Title"), node->State()});
+    }
+    return kept;
+}
+
+std::optional<std::string> StoreList(const Site& site, const FeedServices& services, std::int32_t oldCount,
+    const std::vector<FeedItem>& items, const std::vector<ItemState>& states)
+{
+    RegistryStore::Batch batch(services.store);
+    ItemStore(services.registry, site).Rewrite(oldCount, items, states);
+    return batch.Commit();
+}
+
+void RebuildBranch(const Site& site, NewsTree& tree, const std::vector<FeedItem>& items, MergePlan plan)
+{
+    std::vector<NodeData> nodes;
+    nodes.reserve(items.size());
+    for (std::size_t i = 0; i < items.size(); ++i)
+        nodes.push_back(
+            {NodeKey(site, static_cast<std::int32_t>(i + 1)), items[i].Title(), std::move(plan.states[i])});
+    if (NewsNode* root = tree.Find(site.identifier))
+        tree.ReplaceBranch(*root, std::move(nodes));
+}
+
+// True when the site has a new list.
+bool Merge(const Site& site, const FeedServices& services, const std::filesystem::path& file)
+{
+    std::optional<std::string> text = ReadWholeFile(file);
+    if (!text) {
+        services.say("The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
+        return false;
+    }
+    const std::vector<FeedItem> items = FeedItems(std::move(*text)).Take(site);
+    std::vector<std::string> titles;
+    titles.reserve(items.size());
+    for (const FeedItem& item : items)
+        titles.push_back(item.Title());
+
+    const std::int32_t oldCount = ItemStore(services.registry, site).Count();
+    MergePlan plan = PlanMerge(ReadKept(site, services, oldCount), titles);
+    if (!plan.anythingNew)
+        return false;
+    if (const auto failure = StoreList(site, services, oldCount, items, plan.states)) {
+        services.say(
+            "The news list of " + std::string(site.displayName) + " could not be stored: " + *failure);
+        return false;
+    }
+    RebuildBranch(site, services.tree, items, std::move(plan));
+    return true;
+}
+
+} // namespace
+
+void SiteModule::MergeFeed(const FeedServices& services, const std::filesystem::path& file) const
+{
+    const bool changed = Merge(site_, services, file);
+    DeleteFileIfExists(file);
+    if (changed)
+        UpdateSiteCounts(services);
+}
+
+} // namespace vantro

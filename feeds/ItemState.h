@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vantro {
+
+// The pictures a node of the news tree can have.
+enum class TreeImage { Vantro, XboxScene, Site, ItemUnread, ItemRead, New };
+
+// The picture's key, which is also the name of its resource.
+[[nodiscard]] constexpr std::string_view ImageKey(TreeImage image)
+{
+    switch (image) {
+    case TreeImage::Vantro: return "vantro";
+    case TreeImage::XboxScene: return "xboxscene";
+    case TreeImage::Site: return "site";
+    case TreeImage::ItemUnread: return "item_unread";
+    case TreeImage::ItemRead: return "item_read";
+    case TreeImage::New: return "new";
+    }
+    return {};
+}
+
+// What a node of the news tree shows of its item's state.
+struct ItemState {
+    TreeImage image = TreeImage::New;
+    bool bold = true;
+    std::string tag;
+
+    friend bool operator==(const ItemState&, const ItemState&) = default;
+};
+
+} // namespace vantro

@@ -1,0 +1,65 @@
+#include "feeds/ItemStore.h"
+
+#include "feeds/modXML.h"
+#include "shell/modMain.h"
+
+#include <algorithm>
+
+namespace vantro {
+
+namespace {
+constexpr std::string_view kTotalItems = "TotalItems";
+constexpr std::string_view kTag = "Tag";
+} // namespace
+
+FeedItem TakeItem(const Site& site, std::string_view itemText)
+{
+    FeedItem item;
+    item.fields.reserve(site.taken.size());
+    for (const SiteField& field : site.taken)
+        item.fields.emplace_back(ExtractTag(field.element, itemText));
+    return item;
+}
+
+std::int32_t ItemStore::Count() const
+{
+    return registry_.ReadRegValue(RegRoot, SiteKey(site_), kTotalItems).ToNumber();
+}
+
+std::string ItemStore::ReadText(std::int32_t item, std::string_view valueName) const
+{
+    return registry_.ReadRegValue(RegRoot, ItemKey(site_, item), valueName).ToText();
+}
+
+void ItemStore::WriteTag(std::int32_t item, std::string_view tag)
+{
+    registry_.WriteRegValue(RegRoot, ItemKey(site_, item), kTag, std::string(tag), RegType::Sz);
+}
+
+void ItemStore::Rewrite(
+    std::int32_t oldCount, const std::vector<FeedItem>& items, const std::vector<ItemState>& states)
+{
+    for (std::int32_t j = 1; j <= oldCount; ++j)
+        registry_.DeleteRegKey(RegRoot, ItemKey(site_, j));
+    const std::string siteKey = SiteKey(site_);
+    registry_.DeleteRegKey(RegRoot, siteKey);
+    registry_.CreateRegKey(RegRoot, siteKey);
+    registry_.WriteRegValue(
+        RegRoot, siteKey, kTotalItems, static_cast<std::int32_t>(items.size()), RegType::Dword);
+    for (std::size_t i = 0; i < items.size(); ++i)
+        WriteItem(static_cast<std::int32_t>(i + 1), items[i], states[i]);
+}
+
+void ItemStore::WriteItem(std::int32_t number, const FeedItem& item, const ItemState& state)
+{
+    const std::string key = ItemKey(site_, number);
+    registry_.CreateRegKey(RegRoot, key);
+    for (const SiteField& field : site_.stored) {
+        const auto taken = std::ranges::find(site_.taken, field.value, &SiteField::value);
+        registry_.WriteRegValue(RegRoot, key, field.value,
+            item.fields[static_cast<std::size_t>(taken - site_.taken.begin())], RegType::Sz);
+    }
+    registry_.WriteRegValue(RegRoot, key, kTag, state.tag, RegType::Sz);
+}
+
+} // namespace vantro

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "feeds/ItemState.h"
+#include "feeds/Site.h"
+#include "settings/modRegistry.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantro {
+
+// The fields of a feed item, in the order of the site's `taken`; an element that is missing is an empty text.
+struct FeedItem {
+    std::vector<std::string> fields;
+
+    // Every site takes the title first.
+    [[nodiscard]] const std::string& Title() const { return fields.front(); }
+};
+
+// Takes the site's fields from the text of one item.
+[[nodiscard]] FeedItem TakeItem(const Site& site, std::string_view itemText);
+
+// The stored items of one site, numbered from 1. A view over the registry that holds nothing itself.
+class ItemStore {
+public:
+    ItemStore(modRegistry& registry, const Site& site) : registry_(registry), site_(site) { }
+
+    // "TotalItems"; 0 when nothing is stored.
+    [[nodiscard]] std::int32_t Count() const;
+    [[nodiscard]] std::string ReadText(std::int32_t item, std::string_view valueName) const;
+    // Lost when there is no such item.
+    void WriteTag(std::int32_t item, std::string_view tag);
+    // Deletes the items 1 to `oldCount` and the site key, then writes these items with their tags. Meant to
+    // stand in a batch.
+    void Rewrite(
+        std::int32_t oldCount, const std::vector<FeedItem>& items, const std::vector<ItemState>& states);
+
+private:
+    void WriteItem(std::int32_t number, const FeedItem& item, const ItemState& state);
+
+    modRegistry& registry_;
+    const Site& site_;
+};
+
+} // namespace vantro

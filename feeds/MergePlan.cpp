@@ -1,0 +1,35 @@
+#include "feeds/MergePlan.h"
+
+#include "feeds/ItemTag.h"
+#include "shell/modMain.h"
+
+#include <unordered_map>
+
+namespace vantro {
+
+MergePlan PlanMerge(std::span<const KeptItem> kept, std::span<const std::string> incomingTitles)
+{
+    MergePlan plan;
+    plan.states.assign(
+        incomingTitles.size(), {TreeImage::New, true, std::string(UnreadMarker) + std::string(NewMarker)});
+
+    std::unordered_map<std::string_view, std::size_t> firstOfTitle;
+    firstOfTitle.reserve(incomingTitles.size());
+    for (std::size_t i = 0; i < incomingTitles.size(); ++i)
+        firstOfTitle.try_emplace(incomingTitles[i], i);
+
+    for (const KeptItem& item : kept) {
+        if (const auto found = firstOfTitle.find(item.title); found != firstOfTitle.end())
+            plan.states[found->second] = item.state;
+    }
+
+    for (ItemState& state : plan.states) {
+        if (state.tag.find(NewMarker) == std::string::npos)
+            continue;
+        state.tag = ReplaceAll(std::move(state.tag), NewMarker, {});
+        plan.anythingNew = true;
+    }
+    return plan;
+}
+
+} // namespace vantro

@@ -1,0 +1,198 @@
+#include "feeds/PageDisplay.h"
+
+#include "feeds/ItemStore.h"
+#include "feeds/ItemTag.h"
+#include "feeds/ReadMarks.h"
+#include "platform/Resources.h"
+#include "platform/TextCoding.h"
+#include "shell/modMain.h"
+
+#include <optional>
+#include <utility>
+
+namespace vantro {
+
+void SiteModule::ShowItemPage(
+    PageDisplay& display, std::string_view nodeKey, std::function<void()> shown) const
+{
+    display.ShowItemPage(site_, nodeKey, std::move(shown));
+}
+
+PageDisplay::PageDisplay(PageBrowser& browser, FeedServices services, std::filesystem::path folder)
+    : browser_(browser), services_(std::move(services)), folder_(std::move(folder))
+{
+}
+
+PageDisplay::~PageDisplay()
+{
+    DeleteFiles();
+}
+
+void PageDisplay::ShowItemPage(const Site& site, std::string_view nodeKey, std::function<void()> shown)
+{
+    Begin({site.page, &site, std::string(nodeKey), std::move(shown)});
+}
+
+void PageDisplay::ShowInformationPage(const PageRecipe& page)
+{
+    Begin({&page, nullptr, {}, {}});
+}
+
+void PageDisplay::BrowserLost()
+{
+    if (request_.page == nullptr)
+        return;
+    if (std::exchange(shownAgain_, true)) {
+        DeleteFiles();
+        services_.say("The page cannot be shown: the browser engine stopped twice.");
+        End();
+        return;
+    }
+    Start();
+}
+
+void PageDisplay::Begin(Request request)
+{
+    request_ = std::move(request);
+    shownAgain_ = false;
+    Start();
+}
+
+void PageDisplay::Start()
+{
+    ++newest_;
+    DeleteFiles();
+    autoLink_.clear();
+    if (request_.site == nullptr) {
+        ShowFiles({});
+        return;
+    }
+    browser_.Navigate("about:blank", WhileNewest([this](PageBrowser::LoadEnd) { ShowItemFiles(); }));
+}
+
+// An answer that comes when a newer page was asked for does nothing.
+PageBrowser::LoadEnded PageDisplay::WhileNewest(std::function<void(PageBrowser::LoadEnd)> step)
+{
+    return [this, ticket = newest_, step = std::move(step)](PageBrowser::LoadEnd end) {
+        if (ticket == newest_)
+            step(end);
+    };
+}
+
+void PageDisplay::ShowItemFiles()
+{
+    NewsNode* node = services_.tree.Find(request_.nodeKey);
+    if (node == nullptr) {
+        End();
+        return;
+    }
+    if (IsUnread(node->Tag()))
+        MarkRead(services_, *node);
+    const Values values = ReadValues();
+    const PageRecipe& page = *request_.page;
+    if (!page.autoLinkOption.empty() && IsOn(page.autoLinkOption))
+        autoLink_ = values.at("Link");
+    ShowFiles(values);
+}
+
+PageDisplay::Values PageDisplay::ReadValues()
+{
+    const PageRecipe& page = *request_.page;
+    const ItemStore store(services_.registry, *request_.site);
+    const std::int32_t item = ItemNumber(request_.nodeKey);
+    Values values;
+    for (const PageField& field : page.fields) {
+        std::string text = store.ReadText(item, field.value);
+        values[field.value] = field.isDate ? dates_.Format(text) : std::move(text);
+    }
+    if (!page.emptyLink.empty() && ToLowerAscii(values["Link"]) == page.emptyLink)
+        values["Link"].clear();
+    return values;
+}
+
+void PageDisplay::ShowFiles(const Values& values)
+{
+    if (!WriteFiles(values)) {
+        DeleteFiles();
+        End();
+        return;
+    }
+    browser_.Navigate((folder_ / request_.page->shown).string(),
+        WhileNewest([this](PageBrowser::LoadEnd end) { FilesLoaded(end); }));
+}
+
+bool PageDisplay::WriteFiles(const Values& values)
+{
+    filesWritten_ = true;
+    const PageRecipe& page = *request_.page;
+    std::optional<FileError> error;
+    for (const SavedResource& resource : page.saved) {
+        if (!error)
+            error = SaveResourceToFile(folder_ / resource.file, resource.name, page.resourceType, true);
+    }
+    for (const FilledTemplate& filled : page.filled) {
+        if (error)
+            break;
+        std::string text(FindResource(page.resourceType, filled.name).value_or(""));
+        for (const Replacement& step : filled.replacements)
+            text = ReplaceAll(std::move(text), step.search, ValueOf(step, values));
+        error = WriteTextFile(folder_ / filled.file, text);
+    }
+    if (error)
+        services_.say("The page cannot be shown. " + error->sentence);
+    return !error;
+}
+
+std::string PageDisplay::ValueOf(const Replacement& step, const Values& values) const
+{
+    switch (step.value) {
+    case PageValue::Stored: return values.at(step.argument);
+    case PageValue::Version: return VersionLine;
+    case PageValue::MainFrame: return std::string(kMainFrame);
+    case PageValue::ExternalTarget:
+        return IsOn(step.argument)
+            ? std::string(request_.page->externalPrefix) + std::to_string(ItemNumber(request_.nodeKey))
+            : std::string(kMainFrame);
+    case PageValue::FileOf: return PathForPage((folder_ / step.argument).string());
+    }
+    return {};
+}
+
+bool PageDisplay::IsOn(std::string_view option) const
+{
+    return services_.registry.ReadRegValue(RegRoot, RegPath, option) == 1;
+}
+
+void PageDisplay::FilesLoaded(PageBrowser::LoadEnd end)
+{
+    DeleteFiles();
+    switch (end) {
+    case PageBrowser::LoadEnd::Complete:
+        if (!autoLink_.empty())
+            browser_.NavigateFrame(autoLink_, kMainFrame);
+        break;
+    case PageBrowser::LoadEnd::Failed:
+        services_.say("The page cannot be shown: the browser could not load it.");
+        break;
+    case PageBrowser::LoadEnd::TimedOut:
+        services_.say("The page did not finish loading within 30 seconds.");
+        break;
+    }
+    End();
+}
+
+void PageDisplay::End()
+{
+    if (const auto shown = std::exchange(request_.shown, {}))
+        shown();
+}
+
+void PageDisplay::DeleteFiles() noexcept
+{
+    if (!std::exchange(filesWritten_, false))
+        return;
+    for (const std::string_view file : request_.page->deleted)
+        DeleteFileIfExists(folder_ / file);
+}
+
+} // namespace vantro

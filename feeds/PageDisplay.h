@@ -1,0 +1,74 @@
+#pragma once
+
+#include "feeds/FeedDate.h"
+#include "feeds/SiteModule.h"
+#include "platform/PageBrowser.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace vantro {
+
+// Shows pages in the browser, one at a time: writes a page's files into the program's folder, sends the
+// browser there, and deletes the files when it has loaded them. Never waits: each step goes on when the
+// browser reports, and a newer page takes the place of one under way, whose files go at once. Interface
+// thread only.
+class PageDisplay {
+public:
+    // `browser` is used until the display is destroyed; `folder` is where page files are written.
+    PageDisplay(PageBrowser& browser, FeedServices services, std::filesystem::path folder);
+    // Deletes the files of a page under way.
+    ~PageDisplay();
+    PageDisplay(const PageDisplay&) = delete;
+    PageDisplay& operator=(const PageDisplay&) = delete;
+
+    // Shows the page of an item and marks it read. `shown` is called when the display has ended, well or not;
+    // never when a newer page took its place. A missing node ends it after the blank page.
+    void ShowItemPage(const Site& site, std::string_view nodeKey, std::function<void()> shown);
+    void ShowInformationPage(const PageRecipe& page);
+
+    // To be called when the engine behind the browser died: the page is shown again, but only once.
+    void BrowserLost();
+
+private:
+    using Ticket = std::uint64_t;
+    using Values = std::map<std::string_view, std::string>;
+
+    // A page as it was asked for.
+    struct Request {
+        const PageRecipe* page = nullptr;
+        const Site* site = nullptr; // null for an information page
+        std::string nodeKey;
+        std::function<void()> shown;
+    };
+
+    void Begin(Request request);
+    void Start();
+    void ShowItemFiles();
+    void ShowFiles(const Values& values);
+    void FilesLoaded(PageBrowser::LoadEnd end);
+    void End();
+    void DeleteFiles() noexcept;
+
+    [[nodiscard]] PageBrowser::LoadEnded WhileNewest(std::function<void(PageBrowser::LoadEnd)> step);
+    [[nodiscard]] Values ReadValues();
+    [[nodiscard]] bool WriteFiles(const Values& values);
+    [[nodiscard]] std::string ValueOf(const Replacement& step, const Values& values) const;
+    [[nodiscard]] bool IsOn(std::string_view option) const;
+
+    PageBrowser& browser_;
+    FeedServices services_;
+    std::filesystem::path folder_;
+    FeedDate dates_;
+    Request request_;
+    Ticket newest_ = 0;
+    std::string autoLink_; // where the bottom frame goes by itself once the page is there
+    bool filesWritten_ = false;
+    bool shownAgain_ = false;
+};
+
+} // namespace vantro

@@ -1,0 +1,31 @@
+#include "feeds/ReadMarks.h"
+
+#include "feeds/ItemStore.h"
+#include "feeds/ItemTag.h"
+#include "feeds/SiteModules.h"
+
+namespace vantro {
+
+namespace {
+
+void Mark(const FeedServices& services, NewsNode& node, ItemState state)
+{
+    const std::string key = node.Key();
+    services.tree.SetState(node, state);
+    if (const SiteModule* module = FindSiteModule(key))
+        ItemStore(services.registry, module->Row()).WriteTag(ItemNumber(key), state.tag);
+}
+
+} // namespace
+
+void MarkRead(const FeedServices& services, NewsNode& node)
+{
+    Mark(services, node, {TreeImage::ItemRead, false, MarkedRead(node.Tag())});
+}
+
+void MarkUnread(const FeedServices& services, NewsNode& node)
+{
+    Mark(services, node, {TreeImage::ItemUnread, true, MarkedUnread(node.Tag())});
+}
+
+} // namespace vantro

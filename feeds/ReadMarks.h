@@ -1,0 +1,12 @@
+#pragma once
+
+#include "feeds/SiteModule.h"
+
+namespace vantro {
+
+// Mark an item read or unread, in the tree and in the store. An item that arrived as new stops being new. The
+// site's counts are not taken anew. A node of an unknown prefix changes in the tree alone.
+void MarkRead(const FeedServices& services, NewsNode& node);
+void MarkUnread(const FeedServices& services, NewsNode& node);
+
+} // namespace vantro

@@ -1,0 +1,36 @@
+#include "feeds/Site.h"
+
+#include "shell/modMain.h"
+
+#include <charconv>
+#include <limits>
+
+namespace vantro {
+
+std::string SiteKey(const Site& site)
+{
+    return std::string(RegPath) + "\\" + std::string(site.identifier);
+}
+
+std::string ItemKey(const Site& site, std::int32_t item)
+{
+    return SiteKey(site) + "\\" + std::to_string(item);
+}
+
+std::string NodeKey(const Site& site, std::int32_t item)
+{
+    return std::string(site.prefix) + std::to_string(item);
+}
+
+std::int32_t ItemNumber(std::string_view nodeKey)
+{
+    constexpr std::size_t kPrefixLength = 4;
+    if (nodeKey.size() <= kPrefixLength)
+        return 0;
+    std::int32_t number = 0;
+    const auto result
+        = std::from_chars(nodeKey.data() + kPrefixLength, nodeKey.data() + nodeKey.size(), number);
+    return result.ec == std::errc::result_out_of_range ? std::numeric_limits<std::int32_t>::max() : number;
+}
+
+} // namespace vantro

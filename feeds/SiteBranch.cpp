@@ -1,0 +1,49 @@
+#include "feeds/ItemStore.h"
+#include "feeds/ItemTag.h"
+#include "feeds/SiteModule.h"
+#include "shell/modMain.h"
+
+namespace vantro {
+
+void SiteModule::LoadSiteItems(const FeedServices& services) const
+{
+    NewsNode* root = services.tree.Find(site_.identifier);
+    const ItemStore store(services.registry, site_);
+    const std::int32_t count = store.Count();
+    if (root == nullptr || count <= 0)
+        return;
+    std::vector<NodeData> items;
+    for (std::int32_t i = 1; i <= count; ++i) {
+        std::string tag = store.ReadText(i, "Tag");
+        const bool unread = IsUnread(tag);
+        items.push_back({NodeKey(site_, i), store.ReadText(i, "Title"),
+            {unread ? TreeImage::ItemUnread : TreeImage::ItemRead, unread, std::move(tag)}});
+    }
+    services.tree.ReplaceBranch(*root, std::move(items));
+}
+
+void SiteModule::UpdateSiteCounts(const FeedServices& services) const
+{
+    services.events.RunPending();
+    const std::int32_t total = ItemStore(services.registry, site_).Count();
+    int fresh = 0;
+    int unread = 0;
+    for (std::int32_t n = 1; n <= total; ++n) {
+        const NewsNode* node = services.tree.Find(NodeKey(site_, n));
+        if (node == nullptr)
+            continue;
+        unread += IsUnread(node->Tag()) ? 1 : 0;
+        fresh += node->Image() == TreeImage::New ? 1 : 0;
+    }
+    NewsNode* root = services.tree.Find(site_.identifier);
+    if (root == nullptr)
+        return;
+    services.tree.SetCaption(*root,
+        root->Tag() + " (" + std::to_string(fresh) + " New, " + std::to_string(unread) + " Unread, "
+            + std::to_string(total) + " Total)",
+        fresh > 0);
+    if (fresh > 0 && services.registry.ReadRegValue(RegRoot, RegPath, "Auto Expand New") == 1)
+        services.tree.SetExpanded(*root, true);
+}
+
+} // namespace vantro

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "feeds/NewsTree.h"
+#include "feeds/Site.h"
+#include "platform/EventPump.h"
+#include "settings/modRegistry.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantro {
+
+class PageDisplay;
+
+// What the site operations work on. Everything outlives them.
+struct FeedServices {
+    RegistryStore& store;
+    modRegistry& registry;
+    NewsTree& tree;
+    EventPump& events;
+    std::function<void(const std::string&)> say; // puts a sentence where the user looks
+};
+
+// The operations of a site, the same for all but for the site's row. Interface thread only.
+class SiteModule {
+public:
+    constexpr explicit SiteModule(const Site& site) : site_(site) { }
+
+    [[nodiscard]] constexpr const Site& Row() const { return site_; }
+
+    // Folds a downloaded feed file into the store and the tree, all or nothing, and deletes the file. A feed
+    // without any new title changes nothing. What cannot be stored is said, and then the old list stays.
+    void MergeFeed(const FeedServices& services, const std::filesystem::path& file) const;
+
+    // Builds the site's item nodes from the store. Run once, when the site node has no items.
+    void LoadSiteItems(const FeedServices& services) const;
+
+    // Lets waiting events run, then rewrites the site node's caption with the counts of new, unread and
+    // stored items, sets it bold when some are new, and then expands it if "Auto Expand New" is on.
+    void UpdateSiteCounts(const FeedServices& services) const;
+
+    // Shows the page of an item, marked read; `shown` is called when the display has ended.
+    void ShowItemPage(PageDisplay& display, std::string_view nodeKey, std::function<void()> shown) const;
+
+private:
+    const Site& site_;
+};
+
+} // namespace vantro

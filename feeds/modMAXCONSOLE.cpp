@@ -1,0 +1,42 @@
+#include "feeds/modMAXCONSOLE.h"
+
+namespace vantro {
+
+namespace {
+
+constexpr SiteField kFields[] = {{"title", "Title"}, {"link", "Link"}, {"description", "Description"}};
+
+constexpr PageField kPageFields[] = {{"Title"}, {"Link"}, {"Description"}};
+
+constexpr Replacement kMain[] = {{"[DESCRIPTION]", PageValue::Stored, "Description"}};
+constexpr Replacement kTitle[] = {
+    {"[TITLE]", PageValue::Stored, "Title"},
+    {"[LINK TEXT]", PageValue::Stored, "Link"},
+    {"%5BLINK%5D", PageValue::Stored, "Link"},
+    {"[LINK TARGET]", PageValue::ExternalTarget, "Max Console External"},
+    {"maxconsole-logo.jpg", PageValue::FileOf, "maxconsole-logo.jpg"},
+};
+
+constexpr SavedResource kSaved[] = {{"maxconsole-logo.jpg", "LOGO"}, {"maxconsole-frames.htm", "FRAMES"}};
+constexpr FilledTemplate kFilled[]
+    = {{"maxconsole-main.htm", "MAIN", kMain}, {"maxconsole-title.htm", "TITLE", kTitle}};
+constexpr std::string_view kDeleted[]
+    = {"maxconsole-frames.htm", "maxconsole-title.htm", "maxconsole-main.htm", "maxconsole-logo.jpg"};
+
+constexpr PageRecipe kPage{
+    .resourceType = "MAXCONSOLE",
+    .saved = kSaved,
+    .filled = kFilled,
+    .shown = "maxconsole-frames.htm",
+    .deleted = kDeleted,
+    .fields = kPageFields,
+    .externalPrefix = "_XboxSceneExternal", // shared with Xbox-Scene, so both open the same window for item n
+};
+
+constexpr Site kSite{"MAXCONSOLE", "maxc", "Max Console", TreeImage::Site, kFields, kFields, &kPage};
+
+} // namespace
+
+constinit const SiteModule modMAXCONSOLE(kSite);
+
+} // namespace vantro

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "feeds/SiteModule.h"
+
+namespace vantro {
+
+// Max Console news.
+extern const SiteModule modMAXCONSOLE;
+
+} // namespace vantro

@@ -1,0 +1,52 @@
+#include "feeds/modVANTRO.h"
+
+#include "shell/modMain.h"
+
+namespace vantro {
+
+namespace {
+
+constexpr SiteField kTaken[] = {{"title", "Title"}, {"link", "Link"}, {"homepage", "Homepage"},
+    {"date", "Date"}, {"description", "Description"}};
+constexpr SiteField kStored[] = {{"title", "Title"}, {"link", "Link"}, {"homepage", "Homepage"},
+    {"description", "Description"}, {"date", "Date"}};
+
+constexpr PageField kPageFields[] = {{"Title"}, {"Link"}, {"Homepage"}, {"Description"}, {"date", true}};
+
+constexpr Replacement kMain[] = {{"[DESCRIPTION]", PageValue::Stored, "Description"}};
+constexpr Replacement kTitle[] = {
+    {"[VERSION]", PageValue::Version},
+    {"%5BVERSION%5D", PageValue::Version},
+    {"[TITLE]", PageValue::Stored, "Title"},
+    {"[LINK]", PageValue::Stored, "Link"},
+    {"%5BLINK%5D", PageValue::Stored, "Link"},
+    {"[LINK TARGET]", PageValue::MainFrame},
+    {"[HOMEPAGE]", PageValue::Stored, "Homepage"},
+    {"%5BHOMEPAGE%20LINK%5D", PageValue::Stored, "Homepage"},
+    {"[HOMEPAGE TARGET]", PageValue::MainFrame},
+    {"[DATE]", PageValue::Stored, "date"},
+    {"vantro.jpg", PageValue::FileOf, "vantro.jpg"},
+};
+
+constexpr SavedResource kSaved[] = {{"vantro.jpg", "ABOUT-LOGO"}, {"vantro-frames.htm", "FRAMES"}};
+constexpr FilledTemplate kFilled[]
+    = {{"vantro-main.htm", "MAIN", kMain}, {"vantro-title.htm", "TITLE", kTitle}};
+constexpr std::string_view kDeleted[]
+    = {"vantro-frames.htm", "vantro-title.htm", "vantro-main.htm", "vantro.jpg"};
+
+constexpr PageRecipe kPage{
+    .resourceType = "VANTRO",
+    .saved = kSaved,
+    .filled = kFilled,
+    .shown = "vantro-frames.htm",
+    .deleted = kDeleted,
+    .fields = kPageFields,
+};
+
+constexpr Site kSite{"VANTRO", "vant", ProductName, TreeImage::Vantro, kTaken, kStored, &kPage};
+
+} // namespace
+
+constinit const SiteModule modVANTRO(kSite);
+
+} // namespace vantro

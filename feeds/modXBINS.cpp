@@ -1,0 +1,48 @@
+#include "feeds/modXBINS.h"
+
+namespace vantro {
+
+namespace {
+
+constexpr SiteField kFields[]
+    = {{"title", "Title"}, {"link", "Link"}, {"homepage", "Homepage"}, {"releasedate", "Releasedate"}};
+
+// "Link" is the address of the release's NFO file.
+constexpr PageField kPageFields[] = {{"Title"}, {"Link"}, {"Homepage"}, {"Releasedate", true}};
+
+constexpr Replacement kTitle[] = {
+    {"[TITLE]", PageValue::Stored, "Title"},
+    {"[NFO TEXT]", PageValue::Stored, "Link"},
+    {"%5BNFO%20LINK%5D", PageValue::Stored, "Link"},
+    {"[NFO TARGET]", PageValue::MainFrame},
+    {"[HOMEPAGE TEXT]", PageValue::Stored, "Homepage"},
+    {"%5BHOMEPAGE%20LINK%5D", PageValue::Stored, "Homepage"},
+    {"[HOMEPAGE TARGET]", PageValue::ExternalTarget, "Xbins External Page"},
+    {"[RELEASE DATE]", PageValue::Stored, "Releasedate"},
+    {"xbins-logo.gif", PageValue::FileOf, "xbins-logo.gif"},
+};
+
+constexpr SavedResource kSaved[] = {{"xbins-logo.gif", "LOGO"}, {"xbins-frames.htm", "FRAMES"}};
+constexpr FilledTemplate kFilled[] = {{"xbins-main.htm", "MAIN", {}}, {"xbins-title.htm", "TITLE", kTitle}};
+constexpr std::string_view kDeleted[]
+    = {"xbins-frames.htm", "xbins-title.htm", "xbins-main.htm", "xbins-logo.gif"};
+
+constexpr PageRecipe kPage{
+    .resourceType = "XBINS",
+    .saved = kSaved,
+    .filled = kFilled,
+    .shown = "xbins-frames.htm",
+    .deleted = kDeleted,
+    .fields = kPageFields,
+    .externalPrefix = "_XbinsExternal",
+    .emptyLink = "http://www.xbins.example/",
+    .autoLinkOption = "Xbins Auto NFO",
+};
+
+constexpr Site kSite{"XBINS", "xbin", "Xbins", TreeImage::Site, kFields, kFields, &kPage};
+
+} // namespace
+
+constinit const SiteModule modXBINS(kSite);
+
+} // namespace vantro

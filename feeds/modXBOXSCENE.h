@@ -1,0 +1,10 @@
+#pragma once
+
+#include "feeds/SiteModule.h"
+
+namespace vantro {
+
+// Xbox-Scene news.
+extern const SiteModule modXBOXSCENE;
+
+} // namespace vantro

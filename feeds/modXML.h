@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace vantro {
+
+// The text between the first opening tag and the first closing tag of that name in `text`, as it stands
+// there; empty when one of them is missing or the closing tag comes first. Only the bare form "<name>" is a
+// tag; letter case does not matter; blanks around `tagName` are dropped. The result is a view into `text`.
+[[nodiscard]] std::string_view ExtractTag(std::string_view tagName, std::string_view text);
+
+// The items of a feed file, as views into `feedText`: the first begins at the first "<item>", each ends with
+// its
+// "</item>", and each later one begins right behind the one before. A last item that is not closed does not
+// count. One pass, whatever the feed holds.
+[[nodiscard]] std::vector<std::string_view> SplitItems(std::string_view feedText);
+
+} // namespace vantro

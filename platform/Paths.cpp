@@ -1,0 +1,113 @@
+#include "platform/Paths.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <pwd.h>
+#include <string_view>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace vantro {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kRunPrefix = "run-";
+
+fs::path Home()
+{
+    if (const char* home = std::getenv("HOME"); home != nullptr && *home == '/')
+        return home;
+    const passwd* entry = getpwuid(getuid());
+    return entry != nullptr ? fs::path(entry->pw_dir) : fs::path("/");
+}
+
+fs::path BaseFolder(const char* variable, std::string_view belowHome)
+{
+    const char* value = std::getenv(variable);
+    const fs::path base = value != nullptr && *value == '/' ? fs::path(value) : Home() / belowHome;
+    return base / "vantro";
+}
+
+// Open and locked, or -1 when the folder is missing or another run holds it.
+int LockFolder(const fs::path& folder)
+{
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
+    if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) == 0)
+        return descriptor;
+    if (descriptor >= 0)
+        close(descriptor);
+    return -1;
+}
+
+void RemoveAbandonedRuns(const fs::path& parent)
+{
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::directory_iterator(parent, ignored)) {
+        if (!entry.path().filename().native().starts_with(kRunPrefix))
+            continue;
+        if (const int lock = LockFolder(entry.path()); lock >= 0) {
+            fs::remove_all(entry.path(), ignored);
+            close(lock);
+        }
+    }
+}
+
+// Like create_directories, but what it makes belongs to the user alone.
+void MakePrivateFolders(const fs::path& folder)
+{
+    if (folder.empty() || fs::exists(folder))
+        return;
+    MakePrivateFolders(folder.parent_path());
+    if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST)
+        throw fs::filesystem_error("mkdir", folder, std::error_code(errno, std::generic_category()));
+}
+
+} // namespace
+
+fs::path ConfigFolder()
+{
+    return BaseFolder("XDG_CONFIG_HOME", ".config");
+}
+fs::path DataFolder()
+{
+    return BaseFolder("XDG_DATA_HOME", ".local/share");
+}
+fs::path CacheFolder()
+{
+    return BaseFolder("XDG_CACHE_HOME", ".cache");
+}
+
+RunFolder::RunFolder(const fs::path& parent) : path_(parent / (std::string(kRunPrefix) + "XXXXXX"))
+{
+    try {
+        MakePrivateFolders(parent);
+        RemoveAbandonedRuns(parent);
+        std::string name = path_.native();
+        if (mkdtemp(name.data()) == nullptr)
+            throw fs::filesystem_error("mkdtemp", path_, std::error_code(errno, std::generic_category()));
+        path_ = name;
+        lock_ = LockFolder(path_);
+    } catch (const fs::filesystem_error& error) {
+        failure_ = "The folder " + parent.string() + " cannot be used (" + error.code().message()
+            + "): pages and downloads will not work.";
+    }
+}
+
+RunFolder::~RunFolder()
+{
+    if (!failure_.empty())
+        return;
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+    if (lock_ >= 0)
+        close(lock_);
+}
+
+} // namespace vantro

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace vantro {
+
+// The user's folders for this program, after the XDG base directory rules: a variable that is unset, empty or
+// relative gives the default below the home folder. None is created here.
+[[nodiscard]] std::filesystem::path ConfigFolder(); // holds vantro.ini
+[[nodiscard]] std::filesystem::path DataFolder(); // holds registry.db
+[[nodiscard]] std::filesystem::path CacheFolder(); // holds the run folders
+
+// "The program's folder": a private folder (mode 0700) of this run below the cache folder, for feed files and
+// page files. Removed with all it holds when destroyed; one that a killed run left behind is removed by the
+// next run.
+class RunFolder {
+public:
+    explicit RunFolder(const std::filesystem::path& parent);
+    ~RunFolder();
+    RunFolder(const RunFolder&) = delete;
+    RunFolder& operator=(const RunFolder&) = delete;
+
+    // The folder's name; it need not exist when Failure() says so.
+    [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
+    // A sentence for the user when the folder could not be made; empty when all is well.
+    [[nodiscard]] const std::string& Failure() const { return failure_; }
+
+private:
+    std::filesystem::path path_;
+    std::string failure_;
+    int lock_ = -1; // open on the folder for the life of the run: what is not locked belongs to nobody
+};
+
+} // namespace vantro

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+struct sqlite3;
+
+namespace vantro {
+
+// The types a value can have; the numbers stand in the file.
+enum class RegType : std::int32_t { Sz = 1, Dword = 4 };
+
+struct StoreOptions {
+    int max_pages
+        = 0; // the file does not grow beyond so many pages of 4 KiB: a test's full disk; 0: no limit
+};
+
+// A tree of keys with typed values in one SQLite file, in the manner of a registry: key paths ("A\B\C", from
+// the root's name down) and value names match without regard to the case of ASCII letters; a separator that
+// is doubled or stands at an end of a path counts for nothing. Interface thread only. docs/store-format.md
+// describes the file.
+//
+// Opening never fails: a file that is damaged or foreign is set aside under a new name beside it and a new
+// one begun; a file of a newer version, one that cannot be written and one that another program holds for
+// over 2 s are left untouched, and the store lives in memory for this run (holding what could be read).
+// Notice() then says so.
+class RegistryStore {
+public:
+    using KeyId = std::int64_t; // good until its key is deleted or its creation undone; 0 names no key
+    struct StoredValue {
+        std::int32_t type = 0; // RegType, or whatever stands in the file
+        std::variant<std::int64_t, std::string> data;
+    };
+
+    // Makes the folder (mode 0700) and the file when they are missing.
+    explicit RegistryStore(const std::filesystem::path& file, const StoreOptions& options = {});
+    ~RegistryStore();
+    RegistryStore(const RegistryStore&) = delete;
+    RegistryStore& operator=(const RegistryStore&) = delete;
+
+    // A sentence for the user when the store is not what he would expect; empty when all is well.
+    [[nodiscard]] const std::string& Notice() const;
+    // Whether what is written is there at the next start.
+    [[nodiscard]] bool IsKept() const;
+
+    // 0 when there is no such key.
+    [[nodiscard]] KeyId OpenKey(std::string_view path);
+    // Creates every missing level, or none; an existing key is opened. 0 on failure.
+    KeyId CreateKey(std::string_view path);
+    // False, and nothing is changed, when the key is missing or has sub-keys.
+    bool DeleteKey(std::string_view path);
+    // Durable when it returns true, unless a Batch is open. False when there is no such key or the write
+    // failed. Data is kept byte for byte, zero bytes included.
+    bool SetValue(KeyId key, std::string_view name, RegType type,
+        const std::variant<std::int64_t, std::string_view>& data);
+    [[nodiscard]] std::optional<StoredValue> QueryValue(KeyId key, std::string_view name);
+
+    // Makes all writes of its lifetime one transaction: destroyed without Commit(), none of them happened.
+    // After a write that failed the others of the batch do nothing. While it is open, reads cost about a
+    // third. REQUIRES: no other Batch of this store is alive.
+    class Batch {
+    public:
+        explicit Batch(RegistryStore& store);
+        ~Batch();
+        Batch(const Batch&) = delete;
+        Batch& operator=(const Batch&) = delete;
+        // Nothing on success, and then all is durable. Else the reason in a sentence ("The disk is full."),
+        // also when an earlier write of the batch failed; nothing of the batch is then stored. Called once.
+        [[nodiscard]] std::optional<std::string> Commit();
+
+    private:
+        RegistryStore& store_;
+    };
+
+private:
+    struct Connection;
+    std::unique_ptr<Connection> connection_;
+};
+
+} // namespace vantro

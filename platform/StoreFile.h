@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/RegistryStore.h"
+#include "platform/SqliteStatement.h"
+
+#include <filesystem>
+#include <string>
+
+namespace vantro {
+
+// A database that holds the two tables of docs/store-format.md and takes writes.
+struct OpenedStore {
+    Database database;
+    bool kept = false; // false: it lives in memory and goes with this run
+    std::string notice; // a sentence for the user when anything is not as it should be
+};
+
+// Opens the store's file as RegistryStore promises. Takes 2 s at most when another program holds the file.
+// Throws std::bad_alloc only.
+[[nodiscard]] OpenedStore OpenStoreFile(const std::filesystem::path& file, const StoreOptions& options);
+
+// The failure `code`, which `database` has just reported, as a sentence for the user.
+[[nodiscard]] std::string FailureSentence(sqlite3* database, int code);
+
+} // namespace vantro

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vantro {
+
+[[nodiscard]] bool IsUtf8(std::string_view bytes);
+
+// Text of unknown origin as UTF-8: valid UTF-8 is taken as it is, anything else is read as Windows-1252, in
+// which every byte means something (the five unassigned ones stand for the control characters of the same
+// number).
+[[nodiscard]] std::string DecodeFeedText(std::string_view bytes);
+
+// UTF-8 text as Windows-1252 bytes for an HTML page; a character that has none becomes a numeric reference
+// ("&#8594;"). Malformed input gives U+FFFD.
+[[nodiscard]] std::string EncodePageText(std::string_view utf8);
+
+// A local path as it can stand in the address of an HTML attribute: everything but letters, digits and
+// "/-._~" is percent-encoded.
+[[nodiscard]] std::string PathForPage(std::string_view path);
+
+// The text on one line and of at most `most` characters, for places that show a single line: control
+// characters and runs of blanks become one blank, the cut is shown by an ellipsis. Reads no more of the text
+// than it shows.
+[[nodiscard]] std::string OneLine(std::string_view utf8, std::size_t most);
+
+// ASCII letters in lower case, all else unchanged.
+[[nodiscard]] std::string ToLowerAscii(std::string_view text);
+
+} // namespace vantro

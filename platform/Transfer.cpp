@@ -1,0 +1,262 @@
+#include "platform/Transfer.h"
+
+#include <algorithm>
+#include <limits>
+#include <netdb.h>
+#include <sys/socket.h>
+#include <utility>
+
+namespace vantro {
+namespace {
+constexpr std::size_t kHeadLimit = 256UL * 1024; // bytes of header lines of one hop, interim answers included
+// Bytes a second. A server that drips a byte a second counts as silent, or its transfer would never end.
+constexpr long kSilentBelow = 10;
+constexpr std::int64_t kMiB = 1024LL * 1024;
+
+std::int32_t Clamp32(std::int64_t bytes)
+{
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(bytes, 0, std::numeric_limits<std::int32_t>::max()));
+}
+
+std::string SizeText(std::int64_t bytes)
+{
+    return bytes % kMiB == 0 ? std::to_string(bytes / kMiB) + " MiB" : std::to_string(bytes) + " bytes";
+}
+} // namespace
+
+Transfer::Transfer(const TransferSettings& settings, std::string address, Post post)
+    : settings_(settings),
+      post_(std::move(post)),
+      address_(std::move(address)),
+      headers_(curl_slist_append(nullptr, "Cache-Control: no-cache"), curl_slist_free_all),
+      easy_(curl_easy_init(), curl_easy_cleanup)
+{
+    SetUp();
+    StartHop();
+}
+
+Transfer::~Transfer()
+{
+    LeaveMulti();
+}
+
+template <class T>
+void Transfer::Set(CURLoption option, T value)
+{
+    if (setUp_ == CURLE_OK)
+        setUp_ = curl_easy_setopt(easy_.get(), option, value);
+}
+
+void Transfer::SetUp()
+{
+    if (!easy_ || !headers_) {
+        setUp_ = CURLE_OUT_OF_MEMORY;
+        return;
+    }
+    Set(CURLOPT_PROTOCOLS_STR, "http,https");
+    Set(CURLOPT_FOLLOWLOCATION, 0L); // each hop waits for the client's consent
+    Set(CURLOPT_NOSIGNAL, 1L);
+    Set(CURLOPT_QUICK_EXIT, 1L);
+    Set(CURLOPT_FRESH_CONNECT, 1L);
+    Set(CURLOPT_FORBID_REUSE, 1L);
+    Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    Set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L); // a proxy's answer is not the server's
+    Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(settings_.limits.connect.count()));
+    Set(CURLOPT_LOW_SPEED_LIMIT, kSilentBelow);
+    Set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(settings_.limits.silence.count()));
+    Set(CURLOPT_USERAGENT, settings_.userAgent.c_str());
+    Set(CURLOPT_HTTPHEADER, headers_.get());
+    Set(CURLOPT_ERRORBUFFER, errorText_.data());
+    Set(CURLOPT_PRIVATE, this);
+    Set(CURLOPT_HEADERFUNCTION, &Transfer::TakeHeader);
+    Set(CURLOPT_HEADERDATA, this);
+    Set(CURLOPT_WRITEFUNCTION, &Transfer::TakeBody);
+    Set(CURLOPT_WRITEDATA, this);
+    Set(CURLOPT_OPENSOCKETFUNCTION, &Transfer::OpenSocket);
+    Set(CURLOPT_OPENSOCKETDATA, this);
+}
+
+void Transfer::StartHop()
+{
+    answer_ = {};
+    stop_ = Stop::None;
+    headSize_ = 0;
+    addressReported_ = false;
+    errorText_.front() = '\0';
+    Set(CURLOPT_URL, address_.c_str());
+    if (setUp_ != CURLE_OK) {
+        Fail(curl_easy_strerror(setUp_));
+        return;
+    }
+    const CURLMcode added = curl_multi_add_handle(settings_.multi, easy_.get());
+    inMulti_ = added == CURLM_OK;
+    if (inMulti_)
+        state_ = State::Running;
+    else
+        Fail(curl_multi_strerror(added));
+}
+
+void Transfer::LeaveMulti()
+{
+    if (std::exchange(inMulti_, false))
+        curl_multi_remove_handle(settings_.multi, easy_.get());
+}
+
+std::size_t Transfer::TakeHeader(char* data, std::size_t, std::size_t count, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        return transfer.OnHeader({data, count}) ? count : 0;
+    } catch (const std::exception&) {
+        transfer.stop_ = Stop::NoMemory;
+        return 0;
+    }
+}
+
+std::size_t Transfer::TakeBody(char* data, std::size_t, std::size_t count, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        return transfer.OnBody({data, count}) ? count : 0;
+    } catch (const std::exception&) {
+        transfer.stop_ = Stop::NoMemory;
+        return 0;
+    }
+}
+
+curl_socket_t Transfer::OpenSocket(void* self, curlsocktype, curl_sockaddr* address) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        std::array<char, NI_MAXHOST> host{};
+        if (!std::exchange(transfer.addressReported_, true)
+            && getnameinfo(
+                   &address->addr, address->addrlen, host.data(), host.size(), nullptr, 0, NI_NUMERICHOST)
+                == 0)
+            transfer.post_({.StatusCode = ReadStatusCode::Connecting, .Status = host.data()}, false);
+    } catch (const std::exception&) {
+        transfer.stop_ = Stop::NoMemory;
+        return CURL_SOCKET_BAD;
+    }
+    // Programs that ours starts must not hold the connection open.
+    return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+bool Transfer::OnHeader(std::string_view line)
+{
+    headSize_ += line.size();
+    if (headSize_ > kHeadLimit) {
+        stop_ = Stop::EndlessHead;
+        return false;
+    }
+    return !answer_.TakeLine(line) || OnHeadComplete();
+}
+
+bool Transfer::OnHeadComplete()
+{
+    if (!answer_.IsSuccess())
+        return false; // nothing in the body of such an answer is wanted
+    if (answer_.Length() > settings_.limits.size) {
+        stop_ = Stop::TooLarge;
+        return false;
+    }
+    if (!answer_.MimeType().empty())
+        post_({.StatusCode = ReadStatusCode::MimeTypeKnown, .Status = answer_.MimeType()}, false);
+    post_(Progress(ReadStatusCode::BeginningData), false);
+    return true;
+}
+
+bool Transfer::OnBody(std::string_view data)
+{
+    if (std::cmp_greater(data.size(), settings_.limits.size - static_cast<std::int64_t>(body_.size()))) {
+        stop_ = Stop::TooLarge;
+        return false;
+    }
+    body_.append(data);
+    post_(Progress(ReadStatusCode::DataArriving), false);
+    return true;
+}
+
+AsyncProperty Transfer::Progress(ReadStatusCode code) const
+{
+    return {.StatusCode = code,
+        .BytesRead = Clamp32(static_cast<std::int64_t>(body_.size())),
+        .BytesMax = Clamp32(answer_.Length())};
+}
+
+void Transfer::HopEnded(CURLcode code)
+{
+    const std::string failure = code == CURLE_OK ? "" : Describe(code);
+    LeaveMulti();
+    if (stop_ == Stop::None && answer_.IsComplete() && answer_.IsRedirect()) {
+        OnRedirect();
+    } else if (stop_ == Stop::None && answer_.IsComplete() && !answer_.IsSuccess()) {
+        Fail(answer_.StatusText());
+    } else if (!failure.empty()) {
+        Fail(failure);
+    } else if (!answer_.IsComplete()) {
+        Fail("The connection broke off in the middle of the answer"); // which libcurl calls a success
+    } else {
+        state_ = State::Ended;
+        AsyncProperty end = Progress(ReadStatusCode::EndOfData);
+        post_(AsyncProperty(end), false);
+        end.Value = std::move(body_);
+        post_(std::move(end), true);
+    }
+}
+
+void Transfer::OnRedirect()
+{
+    auto target = ResolveRedirect(address_, answer_.Location());
+    if (!target) {
+        Fail("The server redirected to a malformed address");
+    } else if (++redirects_ > settings_.limits.redirects) {
+        Fail("Redirected more than " + std::to_string(settings_.limits.redirects) + " times");
+    } else {
+        address_ = std::move(*target);
+        state_ = State::AwaitsConsent;
+        post_({.StatusCode = ReadStatusCode::Redirecting, .Status = address_}, false);
+    }
+}
+
+void Transfer::Follow()
+{
+    if (state_ != State::AwaitsConsent)
+        return;
+    if (std::holds_alternative<std::string>(CheckWebAddress(address_)))
+        StartHop();
+    else
+        Fail("Redirected to " + address_ + ", which is neither http nor https");
+}
+
+void Transfer::Fail(const std::string& sentence)
+{
+    state_ = State::Ended;
+    LeaveMulti();
+    post_({.StatusCode = ReadStatusCode::Error, .Value = sentence}, false);
+}
+
+std::string Transfer::Describe(CURLcode code) const
+{
+    switch (stop_) {
+    case Stop::TooLarge:
+        return "The file is larger than the " + SizeText(settings_.limits.size) + " allowed";
+    case Stop::EndlessHead:
+        return "The header of the server's answer is too long";
+    case Stop::NoMemory:
+        return "Not enough memory for the file";
+    case Stop::None:
+        break;
+    }
+    curl_off_t untilRequest = 0;
+    curl_easy_getinfo(easy_.get(), CURLINFO_PRETRANSFER_TIME_T, &untilRequest);
+    if (code == CURLE_OPERATION_TIMEDOUT && untilRequest > 0)
+        return "The server sent almost nothing for " + std::to_string(settings_.limits.silence.count())
+            + " seconds";
+    if (code == CURLE_PARTIAL_FILE)
+        return "The connection broke off before the whole file had arrived";
+    return errorText_.front() != '\0' ? errorText_.data() : curl_easy_strerror(code);
+}
+
+} // namespace vantro

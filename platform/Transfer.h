@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/AsyncRead.h"
+#include "platform/HttpAnswer.h"
+
+#include <array>
+#include <curl/curl.h>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace vantro {
+
+// What all transfers of one reader have in common.
+struct TransferSettings {
+    CURLM* multi;
+    ReadLimits limits;
+    std::string userAgent;
+};
+
+// One transfer, hop by hop, on a libcurl handle of its own. Lives on the worker thread. Destroying it
+// abandons what is in flight, at once: QUICK_EXIT leaves a stalled name lookup to end by itself.
+class Transfer {
+public:
+    enum class State { Running, AwaitsConsent, Ended };
+    // Called on the worker thread, also from inside libcurl: it only hands the notification over.
+    // `isComplete` tells AsyncReadComplete from AsyncReadProgress.
+    using Post = std::function<void(AsyncProperty&& property, bool isComplete)>;
+
+    // Starts reading `address`. `settings` must outlive the transfer.
+    Transfer(const TransferSettings& settings, std::string address, Post post);
+    ~Transfer();
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+    [[nodiscard]] State Standing() const { return state_; }
+    // libcurl has finished the present hop with `code`.
+    void HopEnded(CURLcode code);
+    // The client has seen the redirect and wants it.
+    void Follow();
+    void Fail(const std::string& sentence);
+
+private:
+    enum class Stop { None, TooLarge, EndlessHead, NoMemory }; // why a callback made libcurl stop
+
+    static std::size_t TakeHeader(char* data, std::size_t, std::size_t count, void* self) noexcept;
+    static std::size_t TakeBody(char* data, std::size_t, std::size_t count, void* self) noexcept;
+    static curl_socket_t OpenSocket(void* self, curlsocktype purpose, curl_sockaddr* address) noexcept;
+
+    template <class T>
+    void Set(CURLoption option, T value);
+    void SetUp();
+    void StartHop();
+    void LeaveMulti();
+    bool OnHeader(std::string_view line);
+    bool OnHeadComplete();
+    bool OnBody(std::string_view data);
+    void OnRedirect();
+    [[nodiscard]] std::string Describe(CURLcode code) const;
+    [[nodiscard]] AsyncProperty Progress(ReadStatusCode code) const;
+
+    const TransferSettings& settings_;
+    const Post post_;
+    std::string address_; // of the present hop, or of the next one while consent is awaited
+    State state_ = State::Running;
+    int redirects_ = 0;
+    CURLcode setUp_ = CURLE_OK; // the first option that libcurl did not take
+    bool inMulti_ = false;
+
+    // The present hop.
+    HttpAnswer answer_;
+    Stop stop_ = Stop::None;
+    std::size_t headSize_ = 0;
+    bool addressReported_ = false;
+    std::string body_; // of a success alone, so only ever of the last hop
+
+    std::array<char, CURL_ERROR_SIZE> errorText_{};
+    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> headers_;
+    std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy_; // last: it points into what stands above
+};
+
+} // namespace vantro

@@ -1,0 +1,59 @@
+#include "platform/WebAddress.h"
+
+#include <algorithm>
+#include <curl/curl.h>
+#include <memory>
+
+namespace vantro {
+namespace {
+constexpr unsigned kEncode = CURLU_ALLOW_SPACE | CURLU_URLENCODE;
+constexpr std::size_t kLongestRedirect = 8UL * 1024;
+
+using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
+
+std::string Part(CURLU* url, CURLUPart part)
+{
+    char* text = nullptr;
+    if (curl_url_get(url, part, &text, 0) != CURLUE_OK)
+        return {};
+    const std::unique_ptr<char, decltype(&curl_free)> owner(text, curl_free);
+    return text;
+}
+
+CURLUcode SetUrl(CURLU* url, const std::string& text, unsigned flags)
+{
+    if (!url)
+        return CURLUE_OUT_OF_MEMORY;
+    if (text.find('\0') != std::string::npos)
+        return CURLUE_MALFORMED_INPUT; // libcurl would read the part before it
+    return curl_url_set(url, CURLUPART_URL, text.c_str(), flags);
+}
+} // namespace
+
+std::variant<std::string, ReadRefused> CheckWebAddress(const std::string& address)
+{
+    const Url url(curl_url(), curl_url_cleanup);
+    CURLUcode code = SetUrl(url.get(), address, kEncode);
+    if (code == CURLUE_OK) {
+        const std::string scheme = Part(url.get(), CURLUPART_SCHEME);
+        if (scheme == "http" || scheme == "https")
+            return Part(url.get(), CURLUPART_URL);
+        code = CURLUE_UNSUPPORTED_SCHEME;
+    }
+    return ReadRefused{static_cast<std::int32_t>(code), curl_url_strerror(code)};
+}
+
+std::optional<std::string> ResolveRedirect(const std::string& base, const std::string& location)
+{
+    const Url url(curl_url(), curl_url_cleanup);
+    if (SetUrl(url.get(), base, kEncode) != CURLUE_OK
+        || SetUrl(url.get(), location, kEncode | CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK)
+        return std::nullopt;
+    std::string target = Part(url.get(), CURLUPART_URL);
+    const auto isPlain = [](unsigned char c) { return c > 0x20 && c < 0x7f; };
+    if (target.empty() || target.size() > kLongestRedirect || !std::ranges::all_of(target, isPlain))
+        return std::nullopt;
+    return target;
+}
+
+} // namespace vantro

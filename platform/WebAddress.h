@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace vantro {
+
+// Why a transfer could not even be started, in the system's number and words.
+struct ReadRefused {
+    std::int32_t number = 0; // libcurl's number for the fault of an address
+    std::string description;
+};
+
+// The address as it may be requested (spaces and other bytes that may not stand in an address
+// percent-encoded), or the reason why it is no http or https address. Without a scheme it is none: nothing is
+// guessed.
+[[nodiscard]] std::variant<std::string, ReadRefused> CheckWebAddress(const std::string& address);
+
+// What `location` means when the server at `base` redirects to it: an absolute address of any scheme, in
+// ASCII. Nothing when it is malformed or absurdly long.
+[[nodiscard]] std::optional<std::string> ResolveRedirect(
+    const std::string& base, const std::string& location);
+
+} // namespace vantro

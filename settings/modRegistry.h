@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/RegistryStore.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+
+namespace vantro {
+
+// Predefined root keys, with the numbers the registry gives them.
+enum class RootKey : std::uint32_t { LocalMachine = 0x80000002 };
+
+// What a read returns. Empty stands for a value that is missing, unreadable, of another type, or an empty
+// text; it equals 0 as a number and "" as a text.
+class RegValue {
+public:
+    RegValue() = default;
+    RegValue(std::int32_t number) : value_(number) { } // NOLINT: a number is a value
+    RegValue(std::string text) : value_(std::move(text)) { } // NOLINT: and so is a text
+    RegValue(const char* text) : value_(std::string(text)) { } // NOLINT
+    RegValue(bool) = delete; // say whether 1 or -1 is meant by true
+
+    [[nodiscard]] bool IsEmpty() const { return std::holds_alternative<std::monostate>(value_); }
+    [[nodiscard]] bool IsNumber() const { return std::holds_alternative<std::int32_t>(value_); }
+
+    // The number; of a text the number its start spells (0 if none, clamped to 32 bits); 0 when Empty.
+    [[nodiscard]] std::int32_t ToNumber() const;
+    // The text; of a number its decimal form; "" when Empty.
+    [[nodiscard]] std::string ToText() const;
+
+    friend bool operator==(const RegValue& value, std::int32_t number) { return value.ToNumber() == number; }
+    friend bool operator==(const RegValue& value, std::string_view text) { return value.ToText() == text; }
+
+private:
+    std::variant<std::monostate, std::int32_t, std::string> value_;
+};
+
+// The only road to the persistent values. Each operation opens the key it needs, does one thing and closes
+// it. No failure reaches a caller: a read that finds nothing gives Empty, a write that cannot be done is
+// lost. Interface thread only.
+class modRegistry {
+public:
+    explicit modRegistry(RegistryStore& store) : store_(store) { }
+
+    // Creates every missing level of `keyPath`; an existing key is left as it is.
+    void CreateRegKey(RootKey root, std::string_view keyPath);
+    // Deletes one key with its values. A key that has sub-keys stays, and so do they.
+    void DeleteRegKey(RootKey root, std::string_view keyPath);
+    // Writes into an existing key; a missing key is not created.
+    void WriteRegValue(RootKey root, std::string_view keyPath, std::string_view valueName,
+        const RegValue& value, RegType valueType);
+    [[nodiscard]] RegValue ReadRegValue(RootKey root, std::string_view keyPath, std::string_view valueName);
+
+    // The inner halves of the two above, on a key that is open. They return 0 on success and the registry's
+    // number otherwise: 2 for a read that finds no value, 5 for a write that failed. A read of a value that
+    // is neither text nor number returns -1. `value` is Empty unless a number or a text that is not empty was
+    // read. A write of any other type than RegType's does nothing and returns 0.
+    int SetValueData(
+        RegistryStore::KeyId openKey, std::string_view valueName, RegType valueType, const RegValue& value);
+    int QueryValueData(RegistryStore::KeyId openKey, std::string_view valueName, RegValue& value);
+
+private:
+    RegistryStore& store_;
+};
+
+} // namespace vantro

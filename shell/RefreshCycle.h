@@ -1,0 +1,67 @@
+#pragma once
+
+#include "downloader/DownloadEngine.h"
+#include "feeds/SiteModule.h"
+#include "platform/HostsFile.h"
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace vantro {
+
+// The window's timer, as the refresh cycle uses it.
+class MinuteTimer {
+public:
+    virtual ~MinuteTimer() = default;
+    // Ticks at this interval from now on; a timer that runs starts its interval anew.
+    virtual void Enable(std::chrono::milliseconds interval) = 0;
+    virtual void Disable() = 0;
+};
+
+// Decides when the feeds are fetched and what happens when a fetch ends. Takes over DLComplete and DLError of
+// the four controls. Interface thread only; everything handed in outlives it.
+class RefreshCycle {
+public:
+    struct Controls {
+        DownloadEngine& Vantro_Download;
+        std::array<DownloadEngine*, 3> download;
+    };
+
+    // `showMessage` shows a box with that text; it may return before the box is closed.
+    RefreshCycle(FeedServices services, Controls controls, const FeedHosts& hosts,
+        std::filesystem::path folder, MinuteTimer& tmrDownload,
+        std::function<void(const std::string&)> showMessage);
+
+    // Starts a check of all feeds and returns at once. A feed whose download is still under way goes on with
+    // that one.
+    void StartFeedDownloads();
+    // Arms the timer and sets the minute count to 0 if periodic checking is on and its minutes are above 0;
+    // else changes nothing.
+    void StartRefreshTimer();
+    void StopRefreshTimer() { tmrDownload_.Disable(); }
+    // To be called at each tick.
+    void tmrDownload_Timer();
+
+private:
+    struct Feed {
+        DownloadEngine* control;
+        const SiteModule* module;
+        std::string url;
+    };
+
+    [[nodiscard]] std::int32_t IntervalMinutes() const;
+    void DLComplete(const Feed& feed);
+    void download_DLError(int index, std::int32_t e, const std::string& error);
+
+    FeedServices services_;
+    std::filesystem::path folder_;
+    MinuteTimer& tmrDownload_;
+    std::function<void(const std::string&)> showMessage_;
+    std::array<Feed, 4> feeds_; // in the order in which a check starts them
+};
+
+} // namespace vantro

@@ -1,0 +1,25 @@
+#include "shell/TreeClicks.h"
+
+#include "feeds/ItemTag.h"
+#include "feeds/SiteModules.h"
+
+namespace vantro {
+
+void TreeClicks::tv_Click()
+{
+    const NewsNode* node = tree_.SelectedItem();
+    if (node == nullptr)
+        return;
+    const std::string tag = node->Tag();
+    if (LastButton == kRightButton) {
+        actions_.showPopup(IsUnread(tag), IsItemTag(tag) && !IsUnread(tag));
+    } else if (LastButton == kLeftButton) {
+        const std::string key = node->Key();
+        if (const SiteModule* module = FindSiteModule(key))
+            actions_.showPage(*module, key);
+        else if (IsItemTag(tag))
+            actions_.showMessage("Unknown item tag!. Please contact Tobrin");
+    }
+}
+
+} // namespace vantro

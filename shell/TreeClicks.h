@@ -1,0 +1,35 @@
+#pragma once
+
+#include "feeds/NewsTree.h"
+#include "feeds/SiteModule.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace vantro {
+
+// What a click on the news tree does: always to the node that is selected when the click arrives.
+class TreeClicks {
+public:
+    struct Actions {
+        std::function<void(const SiteModule&, const std::string& nodeKey)> showPage;
+        std::function<void(bool markRead, bool markUnread)> showPopup; // which of the two entries are enabled
+        std::function<void(const std::string& text)> showMessage;
+    };
+    enum Button : std::int16_t { kNoButton = 0, kLeftButton = 1, kRightButton = 2 };
+
+    TreeClicks(NewsTree& tree, Actions actions) : tree_(tree), actions_(std::move(actions)) { }
+
+    void tv_MouseDown(std::int16_t button) { LastButton = button; }
+    // Acts by the button pressed last. With no node selected it does nothing.
+    void tv_Click();
+
+    std::int16_t LastButton = kNoButton;
+
+private:
+    NewsTree& tree_;
+    Actions actions_;
+};
+
+} // namespace vantro

@@ -1,0 +1,203 @@
+#include "feeds/MergePlan.h"
+#include "feeds/ReadMarks.h"
+#include "feeds/modMAXCONSOLE.h"
+#include "feeds/modVANTRO.h"
+#include "feeds/modXBINS.h"
+#include "feeds/modXBOXSCENE.h"
+#include "tests/support/FeedFixture.h"
+
+namespace vantro {
+
+namespace {
+
+using FeedMergeTest = FeedFixture;
+
+const ItemState kRead{TreeImage::ItemRead, false, "<READ>"};
+const ItemState kUnread{TreeImage::ItemUnread, true, "<UNREAD>"};
+const ItemState kNew{TreeImage::New, true, "<UNREAD>"};
+
+TEST(PlanMerge, GivesEveryIncomingItemItsState)
+{
+    struct Case {
+        const char* name;
+        std::vector<KeptItem> kept;
+        Titles incoming;
+        bool anythingNew;
+        std::vector<ItemState> states;
+    };
+    const Case cases[] = {
+        {"nothing at all", {}, {}, false, {}},
+        {"a first feed", {}, {"A", "B"}, true, {kNew, kNew}},
+        {"the same feed", {{"A", kRead}, {"B", kUnread}}, {"A", "B"}, false, {kRead, kUnread}},
+        {"another order", {{"A", kRead}, {"B", kUnread}}, {"B", "A"}, false, {kUnread, kRead}},
+        {"one that went", {{"A", kRead}, {"B", kUnread}}, {"B"}, false, {kUnread}},
+        {"one that came", {{"A", kRead}}, {"B", "A"}, true, {kNew, kRead}},
+        {"letter case counts", {{"A", kRead}}, {"a"}, true, {kNew}},
+        {"new from before is not new again", {{"A", kNew}}, {"A"}, false, {kNew}},
+        {"twice in the feed: the second is new each time", {{"A", kRead}, {"A", kUnread}}, {"A", "A"}, true,
+            {kUnread, kNew}},
+        {"twice in the store: the later state stays", {{"A", kRead}, {"A", kUnread}}, {"A"}, false,
+            {kUnread}},
+        {"without a title", {{"", kRead}}, {""}, false, {kRead}},
+        {"what else a tag holds stays", {{"A", {TreeImage::ItemRead, false, "x<READ>y"}}}, {"A"}, false,
+            {{TreeImage::ItemRead, false, "x<READ>y"}}},
+        {"a stored new marker counts as new and goes",
+            {{"A", {TreeImage::ItemRead, false, "<NEW><READ><NEW>"}}}, {"A"}, true,
+            {{TreeImage::ItemRead, false, "<READ>"}}},
+    };
+    for (const Case& c : cases) {
+        const MergePlan plan = PlanMerge(c.kept, c.incoming);
+        EXPECT_EQ(plan.anythingNew, c.anythingNew) << c.name;
+        EXPECT_EQ(plan.states, c.states) << c.name;
+    }
+}
+
+TEST_F(FeedMergeTest, StoresAFirstFeedWholeInItsOrder)
+{
+    Receive(modMAXCONSOLE, "three-items.xml");
+    EXPECT_EQ(TreeTitles(modMAXCONSOLE), UnreadTitles(modMAXCONSOLE));
+    EXPECT_EQ(Caption(modMAXCONSOLE), "Max Console (3 New, 3 Unread, 3 Total)");
+    const Titles titles = TreeTitles(modMAXCONSOLE);
+    ASSERT_EQ(titles.size(), 3U);
+    for (int i = 1; i <= 3; ++i) {
+        EXPECT_EQ(Stored(modMAXCONSOLE, i, "Title"), titles[static_cast<std::size_t>(i - 1)]);
+        EXPECT_EQ(Stored(modMAXCONSOLE, i, "tag"), "<UNREAD>");
+    }
+    Restart();
+    EXPECT_EQ(TreeTitles(modMAXCONSOLE), titles);
+    EXPECT_EQ(Item(modMAXCONSOLE, titles[0]).State(), kUnread) << "new items come back as unread";
+}
+
+TEST_F(FeedMergeTest, KeepsReadMarksWhenTheFeedChangesItsOrderAndBringsAnItem)
+{
+    Receive(modXBINS, "three-items.xml");
+    const Titles before = TreeTitles(modXBINS);
+    MarkRead(Services(), Item(modXBINS, before[1]));
+    Receive(modXBINS, "fourth-then-reversed.xml");
+    const Titles after = TreeTitles(modXBINS);
+    ASSERT_EQ(after.size(), 4U);
+    EXPECT_EQ(UnreadTitles(modXBINS), (Titles{after[0], before[2], before[0]}));
+    EXPECT_EQ(Item(modXBINS, before[1]).State(), kRead);
+    Restart();
+    EXPECT_EQ(UnreadTitles(modXBINS), (Titles{after[0], before[2], before[0]}));
+}
+
+TEST_F(FeedMergeTest, ChangesNothingWhenTheFeedOnlyLostItems)
+{
+    ReceiveTitles(modXBOXSCENE, {"A", "B", "C"});
+    const int passes = pump_.passes;
+    ReceiveTitles(modXBOXSCENE, {"A", "B"});
+    EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"A", "B", "C"}));
+    EXPECT_EQ(pump_.passes, passes) << "the counts are not taken anew";
+    ReceiveTitles(modXBOXSCENE, {"D", "B"});
+    EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"D", "B"}));
+    EXPECT_EQ(Stored(modXBOXSCENE, 3, "Title"), "");
+    EXPECT_EQ(Caption(modXBOXSCENE), "Xbox-Scene (2 New, 2 Unread, 2 Total)");
+}
+
+TEST_F(FeedMergeTest, TakesEachSitesFieldsFromTheirElements)
+{
+    const std::string feed = "<item><title>T</title><link>L</link><homepage>H</homepage><date>D</date>"
+                             "<releasedate>R</releasedate><description>X</description></item>";
+    for (const SiteModule* module : SiteModules())
+        module->MergeFeed(Services(), folder_.Write("feed.xml", feed));
+    const auto values = [this](const SiteModule& module) {
+        std::string all;
+        for (const char* name : {"Title", "Link", "Homepage", "date", "Releasedate", "Description", "Tag"})
+            all += Stored(module, 1, name) + "|";
+        return all;
+    };
+    EXPECT_EQ(values(modVANTRO), "T|L|H|D||X|<UNREAD>|");
+    EXPECT_EQ(values(modXBINS), "T|L|H||R||<UNREAD>|");
+    EXPECT_EQ(values(modXBOXSCENE), "T|L|||||<UNREAD>|");
+    EXPECT_EQ(values(modMAXCONSOLE), "T|L||||X|<UNREAD>|");
+}
+
+TEST_F(FeedMergeTest, ReadsEveryItemAsUtf8OrElseAsWindows1252)
+{
+    const SiteModule& site = modXBOXSCENE;
+    ReceiveTitles(site,
+        {"Gr\xC3\xBC\xC3\x9F"
+         "e",
+            "Gr\xFC\xDF"
+            "e!",
+            "\x80 5 \x96 caf\xE9", std::string("nul\0caf\xC3\xA9", 9)});
+    EXPECT_EQ(TreeTitles(site), (Titles{"Grüße", "Grüße!", "€ 5 – café", std::string("nul\0café", 9)}));
+    Restart();
+    EXPECT_EQ(Stored(site, 3, "Title"), "€ 5 – café");
+    EXPECT_EQ(Stored(site, 4, "Title"), std::string("nul\0café", 9));
+}
+
+TEST_F(FeedMergeTest, LeavesStoreAndTreeAloneOnFeedsWithoutItems)
+{
+    ReceiveTitles(modVANTRO, {"A"});
+    for (const char* feed : {"empty.xml", "no-items.xml"})
+        Receive(modVANTRO, feed);
+    modVANTRO.MergeFeed(Services(), folder_.Path() / "missing.xml");
+    EXPECT_EQ(TreeTitles(modVANTRO), (Titles{"A"}));
+    ASSERT_EQ(said_.size(), 1U);
+    EXPECT_EQ(said_[0], "The downloaded news list of Vantro cannot be read.");
+    Receive(modVANTRO, "cut-short.xml");
+    EXPECT_EQ(TreeTitles(modVANTRO).size(), 3U);
+}
+
+TEST_F(FeedMergeTest, TreatsAStoredItemWithoutItsNodeAsNotStored)
+{
+    ReceiveTitles(modXBINS, {"A", "B"});
+    registry_->WriteRegValue(RegRoot, SiteKey(modXBINS.Row()), "TotalItems", 5, RegType::Dword);
+    modXBINS.UpdateSiteCounts(Services());
+    EXPECT_EQ(Caption(modXBINS), "Xbins (2 New, 2 Unread, 5 Total)");
+    ReceiveTitles(modXBINS, {"C", "A"});
+    EXPECT_EQ(TreeTitles(modXBINS), (Titles{"C", "A"}));
+}
+
+TEST_F(FeedMergeTest, KeepsTheSelectionOnTheSameStory)
+{
+    ReceiveTitles(modXBINS, {"A", "B"});
+    tree_->Select(&Item(modXBINS, "B"));
+    ReceiveTitles(modXBINS, {"C", "A", "B"});
+    EXPECT_EQ(tree_->SelectedItem()->Key(), "xbin3");
+    ReceiveTitles(modXBINS, {"D"});
+    EXPECT_EQ(tree_->SelectedItem()->Key(), "XBINS");
+}
+
+TEST_F(FeedMergeTest, ExpandsABranchWithNewItemsWhenAsked)
+{
+    const NewsNode& root = *tree_->Find("XBOXSCENE");
+    ReceiveTitles(modXBOXSCENE, {"A"});
+    EXPECT_TRUE(root.Bold());
+    EXPECT_FALSE(root.Expanded());
+    SetOption("Auto Expand New", 1);
+    modXBOXSCENE.UpdateSiteCounts(Services());
+    EXPECT_TRUE(root.Expanded());
+    MarkRead(Services(), Item(modXBOXSCENE, "A"));
+    modXBOXSCENE.UpdateSiteCounts(Services());
+    EXPECT_FALSE(root.Bold());
+    EXPECT_TRUE(root.Expanded());
+    EXPECT_EQ(Caption(modXBOXSCENE), "Xbox-Scene (0 New, 0 Unread, 1 Total)");
+}
+
+TEST_F(FeedMergeTest, TakesTheCountsAfterTheEventsThatWaited)
+{
+    ReceiveTitles(modXBINS, {"A", "B"});
+    pump_.next = [this] { MarkRead(Services(), Item(modXBINS, "A")); };
+    modXBINS.UpdateSiteCounts(Services());
+    EXPECT_EQ(Caption(modXBINS), "Xbins (1 New, 1 Unread, 2 Total)");
+}
+
+TEST_F(FeedMergeTest, StoresReadMarksOfEverySite)
+{
+    for (const SiteModule* module : SiteModules()) {
+        ReceiveTitles(*module, {"A", "B"});
+        MarkRead(Services(), Item(*module, "A"));
+        MarkRead(Services(), Item(*module, "B"));
+        MarkUnread(Services(), Item(*module, "A"));
+        EXPECT_EQ(Item(*module, "A").State(), kUnread);
+    }
+    Restart();
+    for (const SiteModule* module : SiteModules())
+        EXPECT_EQ(UnreadTitles(*module), (Titles{"A"})) << module->Row().identifier;
+}
+
+} // namespace
+} // namespace vantro

@@ -1,0 +1,89 @@
+#include "feeds/modXML.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace vantro {
+
+using Texts = std::vector<std::string_view>;
+
+TEST(ExtractTag, TakesWhatStandsBetweenTheFirstTagsOfAName)
+{
+    struct Case {
+        const char* name;
+        const char* tag;
+        const char* text;
+        const char* result;
+    };
+    for (const Case& c : {
+             Case{"plain", "title", "<title>News</title>", "News"},
+             {"capitals keep the content's case", "title", "<TITLE>NeWs</Title>", "NeWs"},
+             {"a name with blanks and capitals", "  TiTle ", "<title>News</title>", "News"},
+             {"no such element", "link", "<title>News</title>", ""},
+             {"never closed", "link", "<link>http", ""},
+             {"never opened", "link", "http</link>", ""},
+             {"empty", "link", "<link></link>", ""},
+             {"the first of two", "title", "<title>One</title><title>Two</title>", "One"},
+             {"closed before it opens", "title", "</title><title>One</title>", ""},
+             {"an attribute is no opening tag", "title", "<title lang=\"en\">One</title>", ""},
+             {"self-closing is no opening tag", "title", "<title/>One</title>", ""},
+             {"markup, entities and CDATA stay", "d", "<d> <b>a</b> &amp; <![CDATA[x]]> </d>",
+                 " <b>a</b> &amp; <![CDATA[x]]> "},
+             {"a longer name is another", "link", "<linked>a</linked><link>b</link>", "b"},
+             {"a tab belongs to the name", "\ttitle", "<title>News</title>", ""},
+             {"blanks alone are no name", "  ", "<>x</>", "x"},
+             {"cut in the middle of a tag", "title", "<title>News</titl", ""},
+         })
+        EXPECT_EQ(ExtractTag(c.tag, c.text), c.result) << c.name;
+}
+
+TEST(SplitItems, CutsAFeedIntoItsItems)
+{
+    struct Case {
+        const char* name;
+        const char* text;
+        Texts items;
+    };
+    for (const Case& c : {
+             Case{"nothing", "", {}},
+             {"no items", "<title>x</title>", {}},
+             {"only closing", "x</item>", {}},
+             {"only opening", "<item>x", {}},
+             {"the header belongs to no item", "<title>h</title><item>1</item>", {"<item>1</item>"}},
+             {"what lies between belongs to the next", "<item>1</item> <a>b</a><item>2</item>",
+                 {"<item>1</item>", " <a>b</a><item>2</item>"}},
+             {"capitals", "<ITEM>1</Item><iTEM>2</ITEM>", {"<ITEM>1</Item>", "<iTEM>2</ITEM>"}},
+             {"cut short", "<item>1</item><item>2</item><item>3", {"<item>1</item>", "<item>2</item>"}},
+             {"closing first", "</item><item>1</item>", {"<item>1</item>"}},
+             {"a stray closing tag ends an item", "<item>1</item>x</item><item>2</item>",
+                 {"<item>1</item>", "x</item>", "<item>2</item>"}},
+             {"opened twice", "<item>1<item>2</item></item>", {"<item>1<item>2</item>"}},
+         })
+        EXPECT_EQ(SplitItems(c.text), c.items) << c.name;
+}
+
+TEST(SplitItems, TakesTimeInProportionToTheFile)
+{
+    // A feed that is nothing but beginnings of tags is the worst there is for a text search. The small one is
+    // split as often as fits into the large one; a quadratic search would take a hundred times as long for
+    // the large one.
+    const auto hostile = [](std::size_t size) {
+        std::string text = "<item>";
+        while (text.size() < size)
+            text += "</ite<item";
+        return text + "</item>";
+    };
+    const auto seconds = [](const std::string& text, int times) {
+        const auto start = std::chrono::steady_clock::now();
+        std::size_t items = 0;
+        for (int i = 0; i < times; ++i)
+            items += SplitItems(text).size();
+        EXPECT_EQ(items, static_cast<std::size_t>(times));
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    const double small = seconds(hostile(40'000), 100);
+    EXPECT_LT(seconds(hostile(4'000'000), 1), small * 10 + 0.01);
+}
+
+} // namespace vantro

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "feeds/SiteModules.h"
+#include "shell/modMain.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantro {
+
+// A folder of the test's own, removed at its end.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
+    // Writes bytes into a file of the folder and returns its path.
+    std::filesystem::path Write(std::string_view name, std::string_view bytes) const;
+
+private:
+    std::filesystem::path path_;
+};
+
+// Counts the passes, and runs what the test wants to happen inside the next one.
+class ScriptedPump final : public EventPump {
+public:
+    void RunPending() override;
+    bool RunUntil(const std::function<bool()>& /*done*/) override { return false; }
+
+    int passes = 0;
+    std::function<void()> next;
+};
+
+using Titles = std::vector<std::string>;
+
+// A store on disk, the tree with its roots, and the site operations, told in the words of the feeds.
+class FeedFixture : public ::testing::Test {
+protected:
+    FeedFixture();
+
+    // Merges a recorded feed file, or one made of these titles, as if it had just been downloaded.
+    void Receive(const SiteModule& module, std::string_view recorded);
+    void ReceiveTitles(const SiteModule& module, const Titles& titles);
+    // Closes store and tree and starts again from what is on disk.
+    void Restart();
+
+    [[nodiscard]] NewsNode& Item(const SiteModule& module, std::string_view title);
+    [[nodiscard]] Titles TreeTitles(const SiteModule& module) const;
+    [[nodiscard]] Titles UnreadTitles(const SiteModule& module) const;
+    [[nodiscard]] std::string Stored(const SiteModule& module, int item, std::string_view value);
+    [[nodiscard]] std::string Caption(const SiteModule& module) const;
+    void SetOption(std::string_view name, int value);
+
+    TemporaryFolder folder_;
+    std::unique_ptr<RegistryStore> store_;
+    std::unique_ptr<modRegistry> registry_;
+    std::unique_ptr<NewsTree> tree_;
+    ScriptedPump pump_;
+    std::vector<std::string> said_;
+
+    [[nodiscard]] FeedServices Services();
+};
+
+} // namespace vantro

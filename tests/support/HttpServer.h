@@ -1,0 +1,60 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace vantro::test {
+
+// A server on 127.0.0.1 that misbehaves as it is told. It answers every connection on a thread of its own.
+class HttpServer {
+public:
+    enum class Then {
+        Close, // close the connection
+        Stall, // say nothing more, until the client goes
+        Drip, // one byte a second
+        Flood // bytes as fast as they go
+    };
+
+    HttpServer();
+    ~HttpServer(); // ends every connection
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
+
+    // Answers requests of `path` with exactly `text`, then does as said. Unknown paths are not answered at
+    // all.
+    void Serve(const std::string& path, std::string text, Then then = Then::Close);
+    // Such as "http://127.0.0.1:40123/path".
+    [[nodiscard]] std::string Address(const std::string& path) const;
+    [[nodiscard]] int Hits(const std::string& path);
+    [[nodiscard]] int Ended(const std::string& path); // connections of `path` that are over
+    [[nodiscard]] std::string LastRequest(); // the head, as it came
+
+private:
+    struct Answer {
+        std::string text;
+        Then then = Then::Close;
+        int hits = 0;
+        int ended = 0;
+    };
+    void Accept();
+    void Handle(int connection);
+    static void Follow(int connection, const Answer& answer);
+
+    int listener_ = -1;
+    int port_ = 0;
+    std::mutex mutex_;
+    std::map<std::string, Answer> answers_; // guarded by mutex_
+    std::string lastRequest_; // guarded by mutex_
+    std::list<int> connections_; // guarded by mutex_; shut down, never closed, before the threads end
+    std::list<std::jthread> handlers_; // the accepting thread's
+    std::jthread accepting_;
+};
+
+// A well-formed answer: `status` such as "200 OK", extra header lines each ending in "\r\n".
+std::string HttpText(std::string_view status, std::string_view body = {}, std::string_view headerLines = {});
+
+} // namespace vantro::test
