@@ -1,0 +1,91 @@
+#include "platform/Browser.h"
+
+#include <utility>
+#include <wx/webview.h>
+
+namespace vantro {
+
+namespace {
+constexpr int kComplete = 4;
+constexpr int kLoading = 1;
+} // namespace
+
+Browser::Browser(wxWindow* parent, const std::filesystem::path& pageFolder, std::function<void()> lost,
+    std::chrono::milliseconds loadLimit)
+    : lost_(std::move(lost)), loadLimit_(loadLimit), limit_(this)
+{
+    NativeWebView::PrepareEngine(pageFolder);
+    view_ = wxWebView::New(parent, wxID_ANY, "about:blank", wxDefaultPosition, wxDefaultSize,
+        wxWebViewBackendDefault, wxBORDER_NONE, "web");
+    native_ = std::make_unique<NativeWebView>(*view_,
+        NativeWebView::Events{[this](const Navigation& navigation) { return policy_.Decide(navigation); },
+            [this](const std::string& address) { LoadCame(address, LoadEnd::Complete); },
+            [this](const std::string& address) { LoadCame(address, LoadEnd::Failed); },
+            [this] {
+                expected_.clear();
+                limit_.Stop();
+                CallAfter([this] { lost_(); });
+            }});
+    policy_.PageBegins("about:blank", {});
+    Bind(wxEVT_TIMER, [this](wxTimerEvent&) {
+        if (!expected_.empty())
+            Finish(LoadEnd::TimedOut);
+    });
+}
+
+Browser::~Browser() = default;
+
+wxWindow* Browser::Window() const
+{
+    return view_;
+}
+
+void Browser::Navigate(const std::string& address, LoadEnded ended)
+{
+    const bool isFile = address.starts_with('/');
+    expected_ = NativeWebView::Normalized(address);
+    ended_ = std::move(ended);
+    policy_.PageBegins(expected_, isFile ? expected_.substr(0, expected_.rfind('/') + 1) : std::string());
+    limit_.StartOnce(static_cast<int>(loadLimit_.count()));
+    native_->Load(expected_);
+}
+
+void Browser::NavigateFrame(const std::string& address, std::string_view frame)
+{
+    if (!MayLeave(address))
+        return;
+    const std::string target = NativeWebView::Normalized(address);
+    policy_.FrameBegins(target);
+    native_->LoadFrame(std::string(frame), target);
+}
+
+int Browser::ReadyState() const
+{
+    return expected_.empty() ? kComplete : kLoading;
+}
+
+void Browser::SetSilent(bool silent)
+{
+    native_->SetSilent(silent);
+}
+
+// The engine also reports loads that were given up for a newer one, and "finished" after every failure.
+void Browser::LoadCame(const std::string& address, LoadEnd end)
+{
+    if (!expected_.empty() && address == expected_)
+        Finish(end);
+}
+
+void Browser::Finish(LoadEnd end)
+{
+    limit_.Stop();
+    expected_.clear();
+    policy_.PageEnds();
+    // The engine is in the middle of its own work here.
+    CallAfter([ended = std::exchange(ended_, {}), end] {
+        if (ended)
+            ended(end);
+    });
+}
+
+} // namespace vantro

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/NavigationPolicy.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+class wxWebView;
+
+namespace vantro {
+
+// What the window library's web view does not offer or gets wrong, taken from the engine below it. One source
+// file per engine implements it.
+class NativeWebView {
+public:
+    // Is told what happens in the view, on the interface thread, in the middle of the engine's work: only
+    // take notes.
+    struct Events {
+        std::function<NavigationPolicy::Verdict(const Navigation&)> decide;
+        std::function<void(const std::string& address)> finished; // document and frames; follows `failed` too
+        std::function<void(const std::string& address)> failed;
+        std::function<void()> processLost; // the process that draws the pages died
+    };
+
+    // To be called once, before the first view: switches the engine's sandbox on where it works and lets the
+    // pages of this folder into it.
+    static void PrepareEngine(const std::filesystem::path& pageFolder);
+
+    NativeWebView(wxWebView& view, Events events);
+    ~NativeWebView();
+    NativeWebView(const NativeWebView&) = delete;
+    NativeWebView& operator=(const NativeWebView&) = delete;
+
+    // A full local path or an address as the engine will write it.
+    [[nodiscard]] static std::string Normalized(const std::string& address);
+
+    void Load(const std::string& address);
+    // Points a frame of the page shown at `address`. Nothing is left in flight that could outlive the view.
+    void LoadFrame(const std::string& frame, const std::string& address);
+    // Whether script dialogs, permission questions and password dialogs of pages stay hidden (answered by
+    // "no").
+    void SetSilent(bool silent);
+
+private:
+    struct Implementation;
+    std::unique_ptr<Implementation> implementation_;
+};
+
+} // namespace vantro

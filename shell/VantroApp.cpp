@@ -1,0 +1,37 @@
+#include "shell/VantroApp.h"
+
+#include "platform/Paths.h"
+#include "shell/frmMain.h"
+
+#include <wx/image.h>
+#include <wx/log.h>
+
+namespace vantro {
+
+// The program has no command line: the base class, which would read one, is not called.
+bool VantroApp::OnInit()
+{
+    SetAppName("vantro");
+    SetAppDisplayName("Vantro");
+    wxImage::AddHandler(new wxPNGHandler);
+    delete wxLog::SetActiveTarget(new wxLogStderr); // the default one opens boxes
+    instance_ = std::make_unique<SingleInstance>(DataFolder(), [this] {
+        if (window_)
+            window_->BringToFront();
+    });
+    if (!instance_->IsFirst())
+        return false;
+    runtime_ = std::make_unique<Runtime>([this] { CallAfter([this] { runtime_->reader.Deliver(); }); });
+    window_ = new frmMain(*runtime_);
+    window_->Form_Load();
+    return true;
+}
+
+int VantroApp::OnExit()
+{
+    runtime_.reset();
+    instance_.reset();
+    return wxApp::OnExit();
+}
+
+} // namespace vantro

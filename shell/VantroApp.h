@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/SingleInstance.h"
+#include "shell/Runtime.h"
+
+#include <memory>
+#include <wx/app.h>
+#include <wx/weakref.h>
+
+namespace vantro {
+
+class frmMain;
+
+// The program: one instance per store, one main window.
+class VantroApp final : public wxApp {
+public:
+    bool OnInit() override;
+    int OnExit() override;
+
+    [[nodiscard]] frmMain* MainWindow() const { return window_; }
+    [[nodiscard]] Runtime& Parts() { return *runtime_; }
+
+private:
+    std::unique_ptr<SingleInstance> instance_;
+    std::unique_ptr<Runtime> runtime_;
+    wxWeakRef<frmMain> window_; // owned by the window library
+};
+
+} // namespace vantro

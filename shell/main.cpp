@@ -1,0 +1,3 @@
+#include "shell/VantroApp.h"
+
+wxIMPLEMENT_APP(vantro::VantroApp);

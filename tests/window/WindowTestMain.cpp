@@ -1,0 +1,93 @@
+#include "tests/window/WindowTest.h"
+
+#include <wx/app.h>
+#include <wx/evtloop.h>
+#include <wx/init.h>
+#include <wx/toplevel.h>
+#include <wx/weakref.h>
+
+#include <cstdlib>
+#include <string>
+#include <system_error>
+
+namespace vantro::test {
+namespace {
+
+std::filesystem::path NewFolder()
+{
+    std::string name = (std::filesystem::temp_directory_path() / "vantro-window-XXXXXX").string();
+    return mkdtemp(name.data());
+}
+
+class TestApp final : public wxApp {
+public:
+    // The command line is GoogleTest's.
+    bool OnInit() override { return true; }
+    int OnRun() override
+    {
+        wxGUIEventLoop loop;
+        const wxEventLoopActivator active(&loop);
+        return RUN_ALL_TESTS();
+    }
+};
+
+} // namespace
+
+bool PumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline)
+{
+    const auto end = std::chrono::steady_clock::now() + deadline;
+    wxEventLoopBase* loop = wxEventLoopBase::GetActive();
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        loop->DispatchTimeout(5);
+        loop->ProcessIdle();
+    }
+    return true;
+}
+
+bool ShowAndSettle(wxTopLevelWindow& window)
+{
+    window.Show();
+    // Quiet means that no size changed for a while: wx and the window manager settle in several steps.
+    using Clock = std::chrono::steady_clock;
+    auto since = Clock::now();
+    wxRect last;
+    return PumpUntil([&] {
+        const wxRect now(window.GetPosition(), window.GetSize());
+        if (now != last)
+            since = Clock::now();
+        last = now;
+        return window.IsShown() && Clock::now() - since > std::chrono::milliseconds(150);
+    });
+}
+
+void DestroyAndWait(wxTopLevelWindow& window)
+{
+    const wxWeakRef<wxTopLevelWindow> gone(&window);
+    window.Destroy();
+    EXPECT_TRUE(PumpUntil([&] { return !gone; }));
+}
+
+WindowTest::WindowTest()
+    : folder(NewFolder())
+    , store(folder / "registry.db")
+    , registry(store)
+{
+    registry.CreateRegKey(RegRoot, RegPath);
+}
+
+WindowTest::~WindowTest()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
+} // namespace vantro::test
+
+int main(int argc, char** argv)
+{
+    ::testing::InitGoogleTest(&argc, argv);
+    wxApp::SetInstance(new vantro::test::TestApp);
+    return wxEntry(argc, argv);
+}
