@@ -8,7 +8,6 @@
 #include <wx/msgdlg.h>
 #include <wx/settings.h>
 #include <wx/tokenzr.h>
-#include <wx/weakref.h>
 
 #include <algorithm>
 
@@ -107,6 +106,12 @@ bkDLControl::bkDLControl(wxWindow* parent, AsyncRead& reader, EventPump& pump)
         Refresh();
     });
     InitProperties();
+}
+
+bkDLControl::~bkDLControl()
+{
+    if (HasCapture())
+        ReleaseMouse();
 }
 
 void bkDLControl::SetBackColor(std::uint32_t colour)
@@ -209,10 +214,9 @@ void bkDLControl::OnButtonUp(wxMouseEvent& event)
         ReleaseMouse();
     const bool clicked = clickPending_ && wxRect(GetClientSize()).Contains(event.GetPosition());
     clickPending_ = false;
-    const wxWeakRef<bkDLControl> alive(this);
     Raise(Mouse.MouseUp, ButtonOf(event), event);
-    if (alive && clicked && Mouse.Click)
-        std::function<void()>(Mouse.Click)(); // a copy: the handler may replace or destroy the original
+    if (clicked && Mouse.Click)
+        Mouse.Click();
 }
 
 void bkDLControl::OnDoubleClick(wxMouseEvent&)
@@ -221,7 +225,7 @@ void bkDLControl::OnDoubleClick(wxMouseEvent&)
         CaptureMouse();
     clickPending_ = false;
     if (Mouse.DblClick)
-        std::function<void()>(Mouse.DblClick)();
+        Mouse.DblClick();
 }
 
 void bkDLControl::OnMove(wxMouseEvent& event)
@@ -235,9 +239,8 @@ void bkDLControl::Raise(const MouseEvents::Handler& handler, std::int16_t button
         return;
     const TwipsPerPixel scale = ScreenTwipsPerPixel();
     const int border = borderStyle_ == kSingleLine ? 1 : 0;
-    const MouseEvents::Handler copy = handler;
-    copy(button, ShiftKeys(event), static_cast<float>((event.GetX() - border) * scale.horizontal),
-         static_cast<float>((event.GetY() - border) * scale.vertical));
+    handler(button, ShiftKeys(event), static_cast<float>((event.GetX() - border) * scale.horizontal),
+            static_cast<float>((event.GetY() - border) * scale.vertical));
 }
 
 void bkDLControl::MarkChanged(std::string_view name)

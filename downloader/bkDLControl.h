@@ -15,7 +15,7 @@ namespace vantro {
 
 class PropertyBag;
 
-// What the mouse does on a download control. A handler left empty is skipped; any may destroy the control.
+// What the mouse does on a download control. A handler left empty is skipped; none may destroy the control.
 // `Button` is 1 left, 2 right, 4 middle: the one pressed or released, for MouseMove all that are held. `Shift` adds up
 // 1 shift, 2 control, 4 alt. `X` and `Y` are twips from the drawing area's top left corner.
 struct MouseEvents {
@@ -37,6 +37,7 @@ public:
     // A new instance, as InitProperties() leaves it; `reader` and `pump` must outlive it. Destroying it abandons a
     // transfer without any event.
     bkDLControl(wxWindow* parent, AsyncRead& reader, EventPump& pump);
+    ~bkDLControl() override;
 
     [[nodiscard]] DownloadEngine& Engine() { return engine_; }
     MouseEvents Mouse;

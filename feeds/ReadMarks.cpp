@@ -12,8 +12,14 @@ void Mark(const FeedServices& services, NewsNode& node, ItemState state)
 {
     const std::string key = node.Key();
     services.tree.SetState(node, state);
-    if (const SiteModule* module = FindSiteModule(key))
-        ItemStore(services.registry, module->Row()).WriteTag(ItemNumber(key), state.tag);
+    const SiteModule* module = FindSiteModule(key);
+    if (module == nullptr)
+        return;
+    // A batch of one write, because a batch tells whether it was stored.
+    RegistryStore::Batch batch(services.store);
+    ItemStore(services.registry, module->Row()).WriteTag(ItemNumber(key), state.tag);
+    if (const auto failure = batch.Commit())
+        services.say("The read mark could not be stored: " + *failure);
 }
 
 } // namespace

@@ -1,13 +1,27 @@
 #include "shell/Runtime.h"
 
+#include "platform/BuildSettings.h"
+#include "shell/modMain.h"
+
 namespace vantro {
+
+namespace {
+
+// Feed servers like to know who asks.
+std::string UserAgent()
+{
+    return std::string(ProductName) + "/" + std::to_string(kBuildSettings.versionMajor) + "."
+        + std::to_string(kBuildSettings.versionMinor) + "." + std::to_string(kBuildSettings.versionRevision);
+}
+
+} // namespace
 
 Runtime::Runtime(std::function<void()> wake)
     : hosts(ReadHostsFile(ConfigFolder() / "vantro.ini")),
       store(DataFolder() / "registry.db"),
       registry(store),
       folder(CacheFolder()),
-      reader(std::move(wake))
+      reader(std::move(wake), {}, UserAgent())
 {
 }
 

@@ -8,6 +8,7 @@
 #include <wx/dcmemory.h>
 #include <wx/dcscreen.h>
 #include <wx/frame.h>
+#include <wx/panel.h>
 #include <wx/settings.h>
 #include <wx/uiaction.h>
 
@@ -68,7 +69,8 @@ protected:
     wxEvtHandler waker; // takes what it still has to do along when it goes
     AsyncRead reader {[this] { waker.CallAfter([this] { reader.Deliver(); }); }};
     wxFrame* frame = new wxFrame(nullptr, wxID_ANY, "Strip", wxPoint(100, 100), wxSize(400, 200));
-    bkDLControl* control = new bkDLControl(frame, reader, pump);
+    wxPanel* panel = new wxPanel(frame);
+    bkDLControl* control = new bkDLControl(panel, reader, pump);
 };
 
 TEST_F(DownloadControlTest, DrawsAsMuchOfTheBarAsHasArrivedAndTakesItAwayAtTheEnd)
@@ -106,20 +108,20 @@ TEST_F(DownloadControlTest, PassesTheMouseOnInItsOwnUnits)
     EXPECT_TRUE(PumpUntil([&] { return log.str() == "Down 2 1 150 60; Up 2 1 150 60; Click; "; })) << log.str();
 
     log.str("");
-    mouse.MouseDown();
-    mouse.MouseMove(control->ClientToScreen(wxPoint(-8, 4))); // let go outside: no click
-    mouse.MouseUp();
-    EXPECT_TRUE(PumpUntil([&] { return log.str() == "Down 1 0 150 60; Up 1 0 -120 60; "; })) << log.str();
-
-    log.str("");
-    mouse.MouseMove(control->ClientToScreen(wxPoint(10, 4)));
     mouse.MouseDblClick();
     EXPECT_TRUE(PumpUntil([&] {
         return log.str() == "Down 1 0 150 60; Up 1 0 150 60; Click; DblClick; Up 1 0 150 60; ";
     })) << log.str();
 
     log.str("");
+    mouse.MouseDown(wxMOUSE_BTN_MIDDLE);
+    mouse.MouseMove(control->ClientToScreen(wxPoint(-8, 4))); // let go outside: no click
+    mouse.MouseUp(wxMOUSE_BTN_MIDDLE);
+    EXPECT_TRUE(PumpUntil([&] { return log.str() == "Down 4 0 150 60; Up 4 0 -120 60; "; })) << log.str();
+
+    log.str("");
     control->SetEnabled(false);
+    mouse.MouseMove(control->ClientToScreen(wxPoint(10, 4)));
     mouse.MouseClick();
     EXPECT_FALSE(PumpUntil([&] { return !log.str().empty(); }, std::chrono::milliseconds(200))) << log.str();
 }
@@ -156,29 +158,31 @@ TEST_F(DownloadControlTest, StoresOnlyWhatDiffersFromTheDefaultsAndReadsItBack)
     }
 }
 
-TEST_F(DownloadControlTest, HoldsInTheSavedFormNothingButTheLookOfTheFourInstances)
+TEST_F(DownloadControlTest, FindsInTheSavedFormNothingButTheLookOfTheFourInstances)
 {
-    for (const char* name : {"Vantro_Download", "download(0)", "download(1)", "download(2)"}) {
-        const PropertyBag bag = SavedProperties("frmMain", name);
+    const std::string look = "_extentx _extenty forecolor font ";
+    for (const auto& [name, expected] : {std::pair("Vantro_Download", look), {"download(0)", look + "borderstyle "},
+                                         {"download(1)", look + "borderstyle "}, {"download(2)", look + "borderstyle "}}) {
         std::string names;
+        const PropertyBag bag = SavedProperties("frmMain", name);
         for (const auto& property : bag.Properties())
             names += property.name + " ";
-        EXPECT_EQ(names.substr(0, 35), "_extentx _extenty forecolor font bo" + std::string()) << names;
+        EXPECT_EQ(names, expected) << name;
     }
 }
 
-TEST_F(DownloadControlTest, GoesQuietlyInTheMiddleOfATransferOrOfItsOwnMouseEvent)
+TEST_F(DownloadControlTest, GoesQuietlyInTheMiddleOfATransferAndWithAButtonHeld)
 {
     bool told = false;
     control->Engine().Events.DLCanceled = [&] { told = true; };
     control->Engine().Events.DLComplete = [&](std::int32_t) { told = true; };
     StartHalf();
-    wxWindow* gone = control;
-    control->Mouse.MouseDown = [gone](int, int, float, float) { gone->Destroy(); };
     wxUIActionSimulator mouse;
     mouse.MouseMove(control->ClientToScreen(wxPoint(10, 4)));
-    mouse.MouseClick();
-    EXPECT_TRUE(PumpUntil([&] { return frame->GetChildren().empty(); }));
+    mouse.MouseDown();
+    ASSERT_TRUE(PumpUntil([&] { return control->HasCapture(); }));
+    control->Destroy();
+    mouse.MouseUp();
     EXPECT_TRUE(PumpUntil([&] { return server.Ended("/half") == 1; }));
     EXPECT_FALSE(told);
 }

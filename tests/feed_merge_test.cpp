@@ -141,6 +141,19 @@ TEST_F(FeedMergeTest, LeavesStoreAndTreeAloneOnFeedsWithoutItems)
     EXPECT_EQ(TreeTitles(modVANTRO).size(), 3U);
 }
 
+TEST_F(FeedMergeTest, SaysWhatAFullDiskDidNotTakeAndKeepsTheOldList)
+{
+    ReceiveTitles(modXBINS, {"A", "B"});
+    Restart({.max_pages = 8});
+    MarkRead(Services(), Item(modXBINS, "A"));
+    ReceiveTitles(modXBINS, {"C" + std::string(100'000, 'c'), "A"});
+    ASSERT_EQ(said_.size(), 1U);
+    EXPECT_EQ(said_[0], "The news list of Xbins could not be stored: The disk is full.");
+    EXPECT_EQ(TreeTitles(modXBINS), (Titles{"A", "B"}));
+    Restart();
+    EXPECT_EQ(UnreadTitles(modXBINS), (Titles{"B"}));
+}
+
 TEST_F(FeedMergeTest, TreatsAStoredItemWithoutItsNodeAsNotStored)
 {
     ReceiveTitles(modXBINS, {"A", "B"});

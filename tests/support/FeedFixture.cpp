@@ -44,12 +44,12 @@ FeedFixture::FeedFixture()
     Restart();
 }
 
-void FeedFixture::Restart()
+void FeedFixture::Restart(const StoreOptions& options)
 {
     tree_.reset();
     registry_.reset();
     store_.reset();
-    store_ = std::make_unique<RegistryStore>(folder_.Path() / "registry.db");
+    store_ = std::make_unique<RegistryStore>(folder_.Path() / "registry.db", options);
     registry_ = std::make_unique<modRegistry>(*store_);
     tree_ = std::make_unique<NewsTree>();
     registry_->CreateRegKey(RegRoot, RegPath);

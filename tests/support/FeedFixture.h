@@ -48,7 +48,7 @@ protected:
     void Receive(const SiteModule& module, std::string_view recorded);
     void ReceiveTitles(const SiteModule& module, const Titles& titles);
     // Closes store and tree and starts again from what is on disk.
-    void Restart();
+    void Restart(const StoreOptions& options = {});
 
     [[nodiscard]] NewsNode& Item(const SiteModule& module, std::string_view title);
     [[nodiscard]] Titles TreeTitles(const SiteModule& module) const;

@@ -1,0 +1,146 @@
+#include "feeds/modXBINS.h"
+#include "feeds/modXBOXSCENE.h"
+#include "shell/RefreshCycle.h"
+#include "shell/StartUp.h"
+#include "shell/TreeClicks.h"
+#include "tests/support/FeedFixture.h"
+
+namespace vantro {
+
+namespace {
+
+class FakeTimer final : public MinuteTimer {
+public:
+    void Enable(std::chrono::milliseconds interval) override { interval_ = interval; }
+    void Disable() override { interval_ = {}; }
+
+    std::chrono::milliseconds interval_{}; // zero while it is off
+};
+
+// A refresh cycle whose downloads go nowhere: each is refused at once or never started.
+class RefreshCycleTest : public FeedFixture {
+protected:
+    std::string Tick()
+    {
+        said_.clear();
+        cycle_.tmrDownload_Timer();
+        return said_.empty() ? "" : said_.back();
+    }
+
+    AsyncRead reader_{[] {}};
+    std::array<DownloadEngine, 4> engines_{
+        DownloadEngine{reader_, pump_}, {reader_, pump_}, {reader_, pump_}, {reader_, pump_}};
+    FakeTimer timer_;
+    std::vector<std::string> boxes_;
+    // "refused:" is no address that can be read, so every download ends in an error while it is begun.
+    RefreshCycle cycle_{Services(), {engines_[0], {&engines_[1], &engines_[2], &engines_[3]}},
+        {"refused:", "refused:", "refused:", "refused:", {}}, folder_.Path(), timer_,
+        [this](const std::string& text) { boxes_.push_back(text); }};
+};
+
+TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
+{
+    SetOption("Check Interval", 1);
+    SetOption("Check Interval Minutes", 5);
+    cycle_.StartRefreshTimer();
+    EXPECT_EQ(timer_.interval_, std::chrono::minutes(1));
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(Tick(), "Checking for new items in 5 minutes");
+        Tick();
+        Tick();
+        EXPECT_EQ(Tick(), "Checking for new items in 2 minutes");
+        EXPECT_EQ(Tick(), "Checking for new items in 1 minute");
+        EXPECT_TRUE(boxes_.empty());
+        EXPECT_EQ(Tick(), "");
+        EXPECT_EQ(boxes_.size(), 3U) << "the check has begun, and each news site's download failed";
+        boxes_.clear();
+    }
+    Tick();
+    Tick();
+    SetOption("Check Interval Minutes", 1);
+    Tick();
+    EXPECT_EQ(boxes_.size(), 3U) << "a lowered interval counts from the next tick on";
+}
+
+TEST_F(RefreshCycleTest, ArmsTheTimerOnlyWhenBothSettingsAskForIt)
+{
+    for (const auto& [interval, minutes, armed] :
+        {std::tuple{0, 5, false}, {1, 0, false}, {1, -3, false}, {2, 5, false}, {1, 5, true}}) {
+        timer_.Disable();
+        SetOption("Check Interval", interval);
+        SetOption("Check Interval Minutes", minutes);
+        cycle_.StartRefreshTimer();
+        EXPECT_EQ(timer_.interval_.count() > 0, armed) << interval << " " << minutes;
+    }
+    SetOption("Check Interval", 0);
+    cycle_.StartFeedDownloads();
+    EXPECT_GT(timer_.interval_.count(), 0) << "arming never stops a timer that runs";
+}
+
+TEST_F(RefreshCycleTest, TellsErrorsOfTheNewsSitesInTheirWords)
+{
+    for (const auto& [e, text] :
+        {std::pair{1, "1> Error - Download Unavailable: why"}, {2, "1> Error - Redirected: why"},
+            {3, "1> Error - Zero Bytes Returned: why"}, {4, "1> Error - File Save Error: why"},
+            {99, "1> Error - Unknown: why"}, {7, "1> Error - : why"}}) {
+        engines_[2].Events.DLError(e, "why");
+        EXPECT_EQ(boxes_.back(), text);
+    }
+    EXPECT_FALSE(engines_[0].Events.DLError) << "the program's own feed fails in silence";
+}
+
+TEST_F(RefreshCycleTest, MergesACompletedFileIntoItsSite)
+{
+    cycle_.StartFeedDownloads();
+    engines_[2].Events.DLComplete(10);
+    EXPECT_TRUE(TreeTitles(modXBOXSCENE).empty()) << "without a file nothing happens";
+    folder_.Write("xbox-scene.xml", "<item><title>A</title></item>");
+    engines_[2].Events.DLComplete(10);
+    EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"A"}));
+    EXPECT_TRUE(TreeTitles(modXBINS).empty());
+}
+
+TEST_F(FeedFixture, StartUpCountsAllSitesInOrder)
+{
+    RefreshAllSiteCounts(Services());
+    EXPECT_EQ(pump_.passes, 4);
+    EXPECT_EQ(Caption(modXBINS), "Xbins (0 New, 0 Unread, 0 Total)");
+    std::string order;
+    for (const auto& root : tree_->Roots())
+        order += root->Key() + " " + std::string(ImageKey(root->Image())) + "|";
+    EXPECT_EQ(order, "VANTRO vantro|XBOXSCENE xboxscene|MAXCONSOLE site|XBINS site|");
+}
+
+TEST_F(FeedFixture, ClicksActOnTheSelectedNodeByTheButtonPressedLast)
+{
+    std::string did;
+    TreeClicks clicks(*tree_,
+        {[&](const SiteModule&, const std::string& key) { did = "page " + key; },
+            [&](bool read, bool unread) {
+                did = std::string("popup ") + (read ? "read " : "- ") + (unread ? "unread" : "-");
+            },
+            [&](const std::string& text) { did = text; }});
+    const auto click = [&](std::int16_t button) {
+        did.clear();
+        clicks.tv_MouseDown(button);
+        clicks.tv_Click();
+        return did;
+    };
+    EXPECT_EQ(click(TreeClicks::kLeftButton), "") << "nothing is selected";
+    ReceiveTitles(modXBOXSCENE, {"A"});
+    tree_->Select(tree_->Find("XBINS"));
+    EXPECT_EQ(click(TreeClicks::kLeftButton), "");
+    EXPECT_EQ(click(TreeClicks::kRightButton), "popup - -");
+    tree_->Select(tree_->Find("xbsc1"));
+    EXPECT_EQ(click(TreeClicks::kLeftButton), "page xbsc1");
+    EXPECT_EQ(click(TreeClicks::kRightButton), "popup read -");
+    EXPECT_EQ(click(4), "");
+    tree_->SetState(*tree_->Find("xbsc1"), {TreeImage::ItemRead, false, "<READ>"});
+    EXPECT_EQ(click(TreeClicks::kRightButton), "popup - unread");
+    tree_->SetState(*tree_->Find("XBINS"), {TreeImage::Site, false, "<READ>"});
+    tree_->Select(tree_->Find("XBINS"));
+    EXPECT_EQ(click(TreeClicks::kLeftButton), "Unknown item tag!. Please contact Tobrin");
+}
+
+} // namespace
+} // namespace vantro
