@@ -8,7 +8,7 @@ namespace vantro {
 
 PropertyBag SavedProperties(std::string_view form, std::string_view control)
 {
-    for (SavedControl& saved : ParseSavedForm(FindResource("FORMS", form).value_or(std::string_view {}))) {
+    for (SavedControl& saved : ParseSavedForm(FindResource("FORMS", form).value_or(std::string_view{}))) {
         if (saved.name == control)
             return std::move(saved.properties);
     }

@@ -44,7 +44,8 @@ wxFont FontFromText(const std::string& text, const wxFont& otherwise)
 {
     const wxArrayString parts = wxStringTokenize(wxString::FromUTF8(text), ",", wxTOKEN_RET_EMPTY_ALL);
     double points = 0;
-    if (parts.size() < 2 || parts[0].empty() || !parts[1].ToCDouble(&points) || !(points >= 1 && points <= 1000))
+    if (parts.size() < 2 || parts[0].empty() || !parts[1].ToCDouble(&points)
+        || !(points >= 1 && points <= 1000))
         return otherwise;
     return wxFont(wxFontInfo(points)
                       .FaceName(parts[0])
@@ -76,14 +77,14 @@ std::int16_t ShiftKeys(const wxMouseEvent& event)
 } // namespace
 
 bkDLControl::bkDLControl(wxWindow* parent, AsyncRead& reader, EventPump& pump)
-    : backColor_(kButtonFace)
-    , foreColor_(kButtonText)
-    , borderStyle_(kSingleLine)
-    , engine_(reader, pump,
-              {.Refresh = [this] { RepaintNow(); },
-               .ShowStartFailure = [this](const std::string& title,
-                                          const std::string& text) { ShowStartFailure(title, text); },
-               .PropertyChanged = [this](std::string_view name) { MarkChanged(name); }})
+    : backColor_(kButtonFace),
+      foreColor_(kButtonText),
+      borderStyle_(kSingleLine),
+      engine_(reader, pump,
+          {.Refresh = [this] { RepaintNow(); },
+              .ShowStartFailure
+              = [this](const std::string& title, const std::string& text) { ShowStartFailure(title, text); },
+              .PropertyChanged = [this](std::string_view name) { MarkChanged(name); }})
 {
     SetBackgroundStyle(wxBG_STYLE_PAINT);
     Create(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE | wxFULL_REPAINT_ON_RESIZE);
@@ -195,7 +196,7 @@ void bkDLControl::Draw(wxDC& dc) const
     if (!engine_.ShowProgress() || !(percent > 0))
         return;
     wxRect bar = area;
-    bar.width = std::min(RoundToInt32(double {percent} * area.width), area.width);
+    bar.width = std::min(RoundToInt32(double{percent} * area.width), area.width);
     dc.SetBrush(wxBrush(ToColour(foreColor_)));
     dc.DrawRectangle(bar);
 }
@@ -205,7 +206,7 @@ void bkDLControl::OnButtonDown(wxMouseEvent& event)
     if (!HasCapture())
         CaptureMouse();
     clickPending_ = true;
-    Raise(Mouse.MouseDown, ButtonOf(event), event);
+    RaiseMouse(Mouse.MouseDown, ButtonOf(event), event);
 }
 
 void bkDLControl::OnButtonUp(wxMouseEvent& event)
@@ -214,7 +215,7 @@ void bkDLControl::OnButtonUp(wxMouseEvent& event)
         ReleaseMouse();
     const bool clicked = clickPending_ && wxRect(GetClientSize()).Contains(event.GetPosition());
     clickPending_ = false;
-    Raise(Mouse.MouseUp, ButtonOf(event), event);
+    RaiseMouse(Mouse.MouseUp, ButtonOf(event), event);
     if (clicked && Mouse.Click)
         Mouse.Click();
 }
@@ -230,17 +231,18 @@ void bkDLControl::OnDoubleClick(wxMouseEvent&)
 
 void bkDLControl::OnMove(wxMouseEvent& event)
 {
-    Raise(Mouse.MouseMove, HeldButtons(event), event);
+    RaiseMouse(Mouse.MouseMove, HeldButtons(event), event);
 }
 
-void bkDLControl::Raise(const MouseEvents::Handler& handler, std::int16_t button, const wxMouseEvent& event) const
+void bkDLControl::RaiseMouse(
+    const MouseEvents::Handler& handler, std::int16_t button, const wxMouseEvent& event) const
 {
     if (!handler)
         return;
     const TwipsPerPixel scale = ScreenTwipsPerPixel();
     const int border = borderStyle_ == kSingleLine ? 1 : 0;
     handler(button, ShiftKeys(event), static_cast<float>((event.GetX() - border) * scale.horizontal),
-            static_cast<float>((event.GetY() - border) * scale.vertical));
+        static_cast<float>((event.GetY() - border) * scale.vertical));
 }
 
 void bkDLControl::MarkChanged(std::string_view name)

@@ -16,8 +16,8 @@ namespace vantro {
 class PropertyBag;
 
 // What the mouse does on a download control. A handler left empty is skipped; none may destroy the control.
-// `Button` is 1 left, 2 right, 4 middle: the one pressed or released, for MouseMove all that are held. `Shift` adds up
-// 1 shift, 2 control, 4 alt. `X` and `Y` are twips from the drawing area's top left corner.
+// `Button` is 1 left, 2 right, 4 middle: the one pressed or released, for MouseMove all that are held.
+// `Shift` adds up 1 shift, 2 control, 4 alt. `X` and `Y` are twips from the drawing area's top left corner.
 struct MouseEvents {
     using Handler = std::function<void(std::int16_t Button, std::int16_t Shift, float X, float Y)>;
     std::function<void()> Click; // after the MouseUp of a press that ends over the control
@@ -27,15 +27,16 @@ struct MouseEvents {
     Handler MouseUp;
 };
 
-// The visible side of a download: a bar that grows from the left with the part of the file received, and else a plain
-// area. It has no text and takes no keyboard focus. Interface thread only.
+// The visible side of a download: a bar that grows from the left with the part of the file received, and else
+// a plain area. It has no text and takes no keyboard focus. Interface thread only.
 //
-// A colour is 0x00BBGGRR, or with the top bit set the number of a system colour, which follows the user's theme.
-// Writing a property calls PropertyChanged with its name; nothing of the engine's is changed by the appearance.
+// A colour is 0x00BBGGRR, or with the top bit set the number of a system colour, which follows the user's
+// theme. Writing a property calls PropertyChanged with its name; nothing of the engine's is changed by the
+// appearance.
 class bkDLControl final : public wxWindow {
 public:
-    // A new instance, as InitProperties() leaves it; `reader` and `pump` must outlive it. Destroying it abandons a
-    // transfer without any event.
+    // A new instance, as InitProperties() leaves it; `reader` and `pump` must outlive it. Destroying it
+    // abandons a transfer without any event.
     bkDLControl(wxWindow* parent, AsyncRead& reader, EventPump& pump);
     ~bkDLControl() override;
 
@@ -58,12 +59,12 @@ public:
     [[nodiscard]] std::int16_t BorderStyle() const { return borderStyle_; }
     void SetBorderStyle(std::int16_t style);
 
-    // The settings of an instance that is new on its form: the parent's font, no address, no folder, both redirect
-    // flags and ShowProgress set.
+    // The settings of an instance that is new on its form: the parent's font, no address, no folder, both
+    // redirect flags and ShowProgress set.
     void InitProperties();
-    // The ten persisted properties, "BackColor" to "ShowProgress"; neither calls PropertyChanged. The font stands in the
-    // bag as a text: face name, size in points, then "bold" and "italic" where they apply: "Sans,9,bold". A font text
-    // that is none gives the parent's font.
+    // The ten persisted properties, "BackColor" to "ShowProgress"; neither calls PropertyChanged. The font
+    // stands in the bag as a text: face name, size in points, then "bold" and "italic" where they apply:
+    // "Sans,9,bold". A font text that is none gives the parent's font.
     void ReadProperties(const PropertyBag& bag);
     void WriteProperties(PropertyBag& bag) const;
 
@@ -77,7 +78,8 @@ private:
     void OnDoubleClick(wxMouseEvent& event);
     void OnMove(wxMouseEvent& event);
     void Draw(wxDC& dc) const;
-    void Raise(const MouseEvents::Handler& handler, std::int16_t button, const wxMouseEvent& event) const;
+    void RaiseMouse(
+        const MouseEvents::Handler& handler, std::int16_t button, const wxMouseEvent& event) const;
     void MarkChanged(std::string_view name);
     void RepaintNow();
 

@@ -43,14 +43,6 @@ std::vector<KeptItem> ReadKept(const Site& site, const FeedServices& services, s
     return kept;
 }
 
-std::optional<std::string> StoreList(const Site& site, const FeedServices& services, std::int32_t oldCount,
-    const std::vector<FeedItem>& items, const std::vector<ItemState>& states)
-{
-    RegistryStore::Batch batch(services.store);
-    ItemStore(services.registry, site).Rewrite(oldCount, items, states);
-    return batch.Commit();
-}
-
 void RebuildBranch(const Site& site, NewsTree& tree, const std::vector<FeedItem>& items, MergePlan plan)
 {
     std::vector<NodeData> nodes;
@@ -76,11 +68,15 @@ bool Merge(const Site& site, const FeedServices& services, const std::filesystem
     for (const FeedItem& item : items)
         titles.push_back(item.Title());
 
-    const std::int32_t oldCount = ItemStore(services.registry, site).Count();
+    // Opened before the old list is read, as reading inside of it costs a third.
+    RegistryStore::Batch batch(services.store);
+    ItemStore store(services.registry, site);
+    const std::int32_t oldCount = store.Count();
     MergePlan plan = PlanMerge(ReadKept(site, services, oldCount), titles);
     if (!plan.anythingNew)
         return false;
-    if (const auto failure = StoreList(site, services, oldCount, items, plan.states)) {
+    store.Rewrite(oldCount, items, plan.states);
+    if (const auto failure = batch.Commit()) {
         services.say(
             "The news list of " + std::string(site.displayName) + " could not be stored: " + *failure);
         return false;

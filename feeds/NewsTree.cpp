@@ -24,6 +24,7 @@ void NewsTree::ReplaceBranch(NewsNode& root, std::vector<NodeData> items)
         byKey_.erase(child->Key());
     const auto old = std::exchange(root.children_, {});
     root.children_.reserve(items.size());
+    byKey_.reserve(byKey_.size() + items.size());
     if (selectedText)
         selected_ = nullptr;
     for (NodeData& item : items) {

@@ -85,13 +85,9 @@ public:
     void Select(NewsNode* node);
 
 private:
-    struct KeyHash : std::hash<std::string_view> {
-        using is_transparent = void;
-    };
-
     std::vector<std::unique_ptr<NewsNode>> roots_;
     // The keys are views into the nodes.
-    std::unordered_map<std::string_view, NewsNode*, KeyHash, std::equal_to<>> byKey_;
+    std::unordered_map<std::string_view, NewsNode*> byKey_;
     NewsNode* selected_ = nullptr;
     NewsTreeListener* listener_ = nullptr;
 };

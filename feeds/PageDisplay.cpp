@@ -53,6 +53,7 @@ void PageDisplay::BrowserLost()
 
 void PageDisplay::Begin(Request request)
 {
+    DeleteFiles(); // of the page before, while it is known
     request_ = std::move(request);
     shownAgain_ = false;
     Start();

@@ -1,6 +1,7 @@
 #include "platform/Browser.h"
 
 #include <utility>
+#include <wx/utils.h>
 #include <wx/webview.h>
 
 namespace vantro {
@@ -10,15 +11,20 @@ constexpr int kComplete = 4;
 constexpr int kLoading = 1;
 } // namespace
 
+void OpenInDefaultProgram(const std::string& address)
+{
+    wxLaunchDefaultBrowser(wxString::FromUTF8(address));
+}
+
 Browser::Browser(wxWindow* parent, const std::filesystem::path& pageFolder, std::function<void()> lost,
-    std::chrono::milliseconds loadLimit)
-    : lost_(std::move(lost)), loadLimit_(loadLimit), limit_(this)
+    BrowserSettings settings)
+    : lost_(std::move(lost)), settings_(std::move(settings)), limit_(this)
 {
     NativeWebView::PrepareEngine(pageFolder);
     view_ = wxWebView::New(parent, wxID_ANY, "about:blank", wxDefaultPosition, wxDefaultSize,
         wxWebViewBackendDefault, wxBORDER_NONE, "web");
     native_ = std::make_unique<NativeWebView>(*view_,
-        NativeWebView::Events{[this](const Navigation& navigation) { return policy_.Decide(navigation); },
+        NativeWebView::Events{[this](const Navigation& navigation) { return Allow(navigation); },
             [this](const std::string& address) { LoadCame(address, LoadEnd::Complete); },
             [this](const std::string& address) { LoadCame(address, LoadEnd::Failed); },
             [this] {
@@ -44,19 +50,18 @@ void Browser::Navigate(const std::string& address, LoadEnded ended)
 {
     const bool isFile = address.starts_with('/');
     expected_ = NativeWebView::Normalized(address);
+    if (isFile) // tells this load from an earlier one of the same file, whose end may still be reported
+        expected_ += "?" + std::to_string(++loads_);
     ended_ = std::move(ended);
     policy_.PageBegins(expected_, isFile ? expected_.substr(0, expected_.rfind('/') + 1) : std::string());
-    limit_.StartOnce(static_cast<int>(loadLimit_.count()));
+    limit_.StartOnce(static_cast<int>(settings_.loadLimit.count()));
     native_->Load(expected_);
 }
 
 void Browser::NavigateFrame(const std::string& address, std::string_view frame)
 {
-    if (!MayLeave(address))
-        return;
-    const std::string target = NativeWebView::Normalized(address);
-    policy_.FrameBegins(target);
-    native_->LoadFrame(std::string(frame), target);
+    if (IsWebAddress(address))
+        native_->LoadFrame(std::string(frame), address);
 }
 
 int Browser::ReadyState() const
@@ -67,6 +72,14 @@ int Browser::ReadyState() const
 void Browser::SetSilent(bool silent)
 {
     native_->SetSilent(silent);
+}
+
+bool Browser::Allow(const Navigation& navigation)
+{
+    const NavigationPolicy::Verdict verdict = policy_.Decide(navigation);
+    if (verdict == NavigationPolicy::Verdict::OpenOutside)
+        CallAfter([this, address = navigation.address] { settings_.openOutside(address); });
+    return verdict == NavigationPolicy::Verdict::Allow;
 }
 
 // The engine also reports loads that were given up for a newer one, and "finished" after every failure.

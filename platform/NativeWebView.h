@@ -18,14 +18,15 @@ public:
     // Is told what happens in the view, on the interface thread, in the middle of the engine's work: only
     // take notes.
     struct Events {
-        std::function<NavigationPolicy::Verdict(const Navigation&)> decide;
-        std::function<void(const std::string& address)> finished; // document and frames; follows `failed` too
+        std::function<bool(const Navigation&)> allow; // false: it stays where it is
+        std::function<void(const std::string& address)>
+            finished; // the document of that address and its frames
         std::function<void(const std::string& address)> failed;
         std::function<void()> processLost; // the process that draws the pages died
     };
 
-    // To be called once, before the first view: switches the engine's sandbox on where it works and lets the
-    // pages of this folder into it.
+    // To be called before the first view; later calls do nothing. Switches the engine's sandbox on where it
+    // works and lets the pages of this folder into it.
     static void PrepareEngine(const std::filesystem::path& pageFolder);
 
     NativeWebView(wxWebView& view, Events events);

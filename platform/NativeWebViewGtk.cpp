@@ -2,6 +2,7 @@
 
 #include <glib.h>
 #include <string_view>
+#include <utility>
 #include <vector>
 #include <webkit2/webkit2.h>
 #include <wx/webview.h>
@@ -9,6 +10,8 @@
 namespace vantro {
 
 namespace {
+
+constexpr const char* kBlankPage = "about:blank"; // the one page that the engine loads without a resource
 
 // True when the tool behind the engine's sandbox can set one up here; in some containers it cannot, and the
 // engine would then end the program.
@@ -138,22 +141,19 @@ struct NativeWebView::Implementation {
             webkit_navigation_action_is_user_gesture(action) != FALSE,
             webkit_navigation_action_is_redirect(action) != FALSE,
             type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION};
-        switch (self->events.decide(navigation)) {
-        case NavigationPolicy::Verdict::Allow: return FALSE;
-        case NavigationPolicy::Verdict::OpenOutside:
-            wxLaunchDefaultBrowser(wxString::FromUTF8(navigation.address));
-            break;
-        case NavigationPolicy::Verdict::Ignore: break;
-        }
+        if (self->events.allow(navigation))
+            return FALSE;
         webkit_policy_decision_ignore(decision);
         return TRUE;
     }
 
     static void OnLoadChanged(WebKitWebView* view, WebKitLoadEvent event, Implementation* self)
     {
-        const char* address = webkit_web_view_get_uri(view);
-        if (event == WEBKIT_LOAD_FINISHED)
-            self->events.finished(address != nullptr ? address : "");
+        if (event != WEBKIT_LOAD_FINISHED)
+            return;
+        // The view's own address is already that of the newest load when the end of an older one is reported.
+        WebKitWebResource* document = webkit_web_view_get_main_resource(view);
+        self->events.finished(document != nullptr ? webkit_web_resource_get_uri(document) : kBlankPage);
     }
 
     static gboolean OnLoadFailed(WebKitWebView* /*view*/, WebKitLoadEvent /*event*/, const char* address,
@@ -171,6 +171,9 @@ struct NativeWebView::Implementation {
 
 void NativeWebView::PrepareEngine(const std::filesystem::path& pageFolder)
 {
+    static bool prepared = false;
+    if (std::exchange(prepared, true))
+        return;
     WebKitWebContext* context = webkit_web_context_get_default();
     g_signal_connect(context, "download-started", G_CALLBACK(CancelDownload), nullptr);
     if (!SandboxWorks())

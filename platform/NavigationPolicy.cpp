@@ -8,28 +8,32 @@ namespace vantro {
 
 namespace {
 
+// A page has two. They are asked for before anything in them is read, so text in a frame that would send it
+// to a file comes too late.
+constexpr int kFramesOfPage = 2;
+
 bool HasScheme(std::string_view address, std::string_view scheme)
 {
     return ToLowerAscii(address.substr(0, address.find(':'))) == scheme;
 }
 
-bool IsWeb(std::string_view address)
+} // namespace
+
+bool IsWebAddress(std::string_view address)
 {
     return HasScheme(address, "http") || HasScheme(address, "https");
 }
 
-} // namespace
-
 bool MayLeave(std::string_view address)
 {
-    return IsWeb(address) || HasScheme(address, "mailto");
+    return IsWebAddress(address) || HasScheme(address, "mailto");
 }
 
 void NavigationPolicy::PageBegins(std::string address, std::string folder)
 {
     page_ = std::move(address);
     folder_ = std::move(folder);
-    frameAddress_.clear();
+    framesLeft_ = folder_.empty() ? 0 : kFramesOfPage;
     loading_ = true;
 }
 
@@ -38,26 +42,18 @@ void NavigationPolicy::PageEnds()
     loading_ = false;
 }
 
-void NavigationPolicy::FrameBegins(std::string address)
-{
-    frameAddress_ = std::move(address);
-}
-
 NavigationPolicy::Verdict NavigationPolicy::Decide(const Navigation& navigation)
 {
     const std::string& address = navigation.address;
-    if (navigation.newWindow)
-        return navigation.byUser && MayLeave(address) ? Verdict::OpenOutside : Verdict::Ignore;
-    if (navigation.byUser || navigation.redirect) {
-        if (IsWeb(address))
-            return Verdict::Allow;
-        return navigation.byUser && MayLeave(address) ? Verdict::OpenOutside : Verdict::Ignore;
-    }
-    if (loading_ && (address == page_ || (!folder_.empty() && address.starts_with(folder_))))
+    if (!navigation.newWindow && (navigation.byUser || navigation.redirect) && IsWebAddress(address))
         return Verdict::Allow;
-    if (!frameAddress_.empty() && address == std::exchange(frameAddress_, {}))
+    if (navigation.byUser)
+        return MayLeave(address) ? Verdict::OpenOutside : Verdict::Ignore;
+    if (navigation.newWindow || !loading_)
+        return Verdict::Ignore;
+    if (address == page_)
         return Verdict::Allow;
-    return Verdict::Ignore;
+    return address.starts_with(folder_) && framesLeft_-- > 0 ? Verdict::Allow : Verdict::Ignore;
 }
 
 } // namespace vantro

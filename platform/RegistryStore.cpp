@@ -58,6 +58,19 @@ struct RegistryStore::Connection {
         return result.HasRow() ? result.Number(0) : 0;
     }
 
+    KeyId FindLeaf(std::string_view path, std::string_view below, std::string_view beyond)
+    {
+        const auto result = find_leaf.Run({path, below, beyond});
+        if (!result.HasRow())
+            Succeeded(result.Code());
+        return result.HasRow() ? result.Number(0) : 0;
+    }
+
+    [[nodiscard]] bool HasKey(KeyId key)
+    {
+        return key && (key == remembered_key || has_key.Run({key}).HasRow());
+    }
+
     // The keys of a list are created one after the other: the level above them needs no looking up.
     [[nodiscard]] bool IsBesideRemembered(std::string_view path) const
     {
@@ -109,10 +122,13 @@ struct RegistryStore::Connection {
     OpenedStore store;
     SqliteStatement find_key{Handle(), "SELECT id FROM reg_key WHERE path = ?1"};
     SqliteStatement insert_key{Handle(), "INSERT INTO reg_key(path) VALUES(?1) ON CONFLICT DO NOTHING"};
+    SqliteStatement has_key{Handle(), "SELECT 1 FROM reg_key WHERE id = ?1"};
     // ?2 and ?3 enclose what lies below the key, so that the index answers, which it does not for LIKE.
-    SqliteStatement delete_key{Handle(),
-        "DELETE FROM reg_key WHERE path = ?1"
+    SqliteStatement find_leaf{Handle(),
+        "SELECT id FROM reg_key WHERE path = ?1"
         " AND NOT EXISTS (SELECT 1 FROM reg_key WHERE path >= ?2 AND path < ?3)"};
+    SqliteStatement delete_values{Handle(), "DELETE FROM reg_value WHERE key_id = ?1"};
+    SqliteStatement delete_key{Handle(), "DELETE FROM reg_key WHERE id = ?1"};
     SqliteStatement set_value{Handle(),
         "INSERT INTO reg_value(key_id, name, type, data) VALUES(?1, ?2, ?3, ?4)"
         " ON CONFLICT(key_id, name) DO UPDATE SET type = excluded.type, data = excluded.data"};
@@ -178,15 +194,20 @@ bool RegistryStore::DeleteKey(std::string_view path)
         return false;
     const std::string below = std::string(stored) + '\\';
     const std::string beyond = std::string(stored) + static_cast<char>('\\' + 1);
-    const int code = connection_->delete_key.Run({stored, below, beyond}).Code();
+    if (!connection_->in_batch) {
+        Batch key_and_values(*this);
+        return DeleteKey(stored) && !key_and_values.Commit();
+    }
+    const KeyId key = connection_->FindLeaf(stored, below, beyond);
     connection_->Forget();
-    return connection_->Succeeded(code) && sqlite3_changes(connection_->Handle()) == 1;
+    return key && connection_->Succeeded(connection_->delete_values.Run({key}).Code())
+        && connection_->Succeeded(connection_->delete_key.Run({key}).Code());
 }
 
 bool RegistryStore::SetValue(
     KeyId key, std::string_view name, RegType type, const std::variant<std::int64_t, std::string_view>& data)
 {
-    if (key == 0 || name.find('\0') != std::string_view::npos || connection_->RefusesWrites())
+    if (!connection_->HasKey(key) || name.find('\0') != std::string_view::npos || connection_->RefusesWrites())
         return false;
     const auto number = static_cast<std::int64_t>(type);
     return connection_->Succeeded(connection_->set_value.Run({key, name, number, data}).Code());

@@ -75,7 +75,7 @@ Database Connect(const std::string& name, int flags)
         throw std::bad_alloc();
     Database database(made);
     sqlite3_busy_timeout(made, static_cast<int>(kBusyLimit.count()));
-    sqlite3_db_config(made, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
+    sqlite3_db_config(made, SQLITE_DBCONFIG_ENABLE_FKEY, 0, nullptr);
     sqlite3_db_config(made, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(made, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     // A file that is not accepted must not be changed by closing it.

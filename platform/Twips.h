@@ -25,7 +25,8 @@ struct Rectangle {
 // Halves go to the even neighbour; what exceeds 32 bits becomes the nearest 32-bit number.
 [[nodiscard]] inline std::int32_t RoundToInt32(double number)
 {
-    return static_cast<std::int32_t>(std::nearbyint(std::clamp(number, double {INT32_MIN}, double {INT32_MAX})));
+    return static_cast<std::int32_t>(
+        std::nearbyint(std::clamp(number, double{INT32_MIN}, double{INT32_MAX})));
 }
 
 // A number of pixels survives the way there and back as long as a pixel is longer than one twip.
@@ -43,12 +44,12 @@ struct Rectangle {
 [[nodiscard]] inline Rectangle ToPixels(const Rectangle& twips, TwipsPerPixel scale)
 {
     const auto edge = [](std::int32_t start, std::int32_t length, double twipsPerPixel) {
-        return RoundToInt32((double {1} * start + length) / twipsPerPixel);
+        return RoundToInt32((double{1} * start + length) / twipsPerPixel);
     };
     const std::int32_t left = ToPixels(twips.left, scale.horizontal);
     const std::int32_t top = ToPixels(twips.top, scale.vertical);
     return {left, top, edge(twips.left, twips.width, scale.horizontal) - left,
-            edge(twips.top, twips.height, scale.vertical) - top};
+        edge(twips.top, twips.height, scale.vertical) - top};
 }
 
 } // namespace vantro

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view kFormName = "frmOptions";
 constexpr std::string_view kMinutesValue = "Check Interval Minutes";
-constexpr Rectangle kClientArea {0, 0, 4590, 4320};
+constexpr Rectangle kClientArea{0, 0, 4590, 4320};
 
 // Twips.
 struct FrameRow {
@@ -27,7 +27,7 @@ struct FrameRow {
     const char* caption;
     Rectangle place;
 };
-constexpr std::array<FrameRow, 4> kFrames {{
+constexpr std::array<FrameRow, 4> kFrames{{
     {"Frame1", "General", {120, 120, 4335, 1215}},
     {"Frame3", "Xbins", {120, 1440, 4335, 855}},
     {"Frame4", "Xbox-Scene", {120, 2400, 4335, 855}},
@@ -43,16 +43,18 @@ struct CheckBoxRow {
 };
 constexpr std::size_t kNewAtStartup = 1;
 constexpr std::size_t kCheckInterval = 2;
-constexpr std::array<CheckBoxRow, 7> kCheckBoxes {{
+constexpr std::array<CheckBoxRow, 7> kCheckBoxes{{
     {"chkAutoExpandNew", "Auto expand sites with New items", "Auto Expand New", 0, {240, 240, 2775, 255}},
     {"chkNewAtStartup", "Check for new items at start up", "Check At Startup", 0, {240, 480, 2535, 255}},
     {"chkCheckInterval", "Check for new items every                minutes", "Check Interval", 0,
-     {240, 720, 3495, 315}},
+        {240, 720, 3495, 315}},
     {"chkXbinsAutoNFO", "Auto display NFO link", "Xbins Auto NFO", 1, {240, 240, 1815, 255}},
     {"chkXbinsExternalPage", "Open author/product homepage in external browser", "Xbins External Page", 1,
-     {240, 480, 3975, 255}},
-    {"chkXboxSceneExternalPage", "Open news in external browser", "XboxScene External", 2, {240, 240, 2535, 255}},
-    {"chkMaxConsoleExternalPage", "Open news in external browser", "Max Console External", 3, {240, 240, 2535, 255}},
+        {240, 480, 3975, 255}},
+    {"chkXboxSceneExternalPage", "Open news in external browser", "XboxScene External", 2,
+        {240, 240, 2535, 255}},
+    {"chkMaxConsoleExternalPage", "Open news in external browser", "Max Console External", 3,
+        {240, 240, 2535, 255}},
 }};
 constexpr std::int32_t kRowPitch = 240; // from one check box to the next
 constexpr int kAroundMinutes = 5; // pixels above and below the digits in their box
@@ -60,7 +62,7 @@ constexpr int kAfterCaption = 4; // pixels that GTK's check box leaves to the ri
 
 void MakeRoom(double& twipsPerPixel, std::int32_t place, int pixels)
 {
-    twipsPerPixel = std::min(twipsPerPixel, double {1} * place / pixels);
+    twipsPerPixel = std::min(twipsPerPixel, double{1} * place / pixels);
 }
 
 wxRect InPixels(const Rectangle& place, TwipsPerPixel scale)
@@ -71,13 +73,13 @@ wxRect InPixels(const Rectangle& place, TwipsPerPixel scale)
 
 } // namespace
 
-
 frmOptions::frmOptions(wxWindow* parent, modRegistry& registry, std::function<void()> startRefreshTimer,
-                       std::function<void()> stopRefreshTimer)
-    : wxDialog(parent, wxID_ANY, "Options", wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE, "frmOptions")
-    , registry_(registry)
-    , startRefreshTimer_(std::move(startRefreshTimer))
-    , stopRefreshTimer_(std::move(stopRefreshTimer))
+    std::function<void()> stopRefreshTimer)
+    : wxDialog(
+        parent, wxID_ANY, "Options", wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE, "frmOptions"),
+      registry_(registry),
+      startRefreshTimer_(std::move(startRefreshTimer)),
+      stopRefreshTimer_(std::move(stopRefreshTimer))
 {
     AddControls();
     LayOut();
@@ -94,20 +96,20 @@ frmOptions::frmOptions(wxWindow* parent, modRegistry& registry, std::function<vo
 void frmOptions::AddControls()
 {
     for (std::size_t index = 0; index < kFrames.size(); ++index)
-        frames_[index] = new wxStaticBox(this, wxID_ANY, kFrames[index].caption, wxDefaultPosition, wxDefaultSize, 0,
-                                         kFrames[index].name);
+        frames_[index] = new wxStaticBox(
+            this, wxID_ANY, kFrames[index].caption, wxDefaultPosition, wxDefaultSize, 0, kFrames[index].name);
     for (std::size_t index = 0; index < kCheckBoxes.size(); ++index) {
         const CheckBoxRow& row = kCheckBoxes[index];
         checkBoxes_[index] = new wxCheckBox(frames_[row.frame], wxID_ANY, row.caption, wxDefaultPosition,
-                                            wxDefaultSize, 0, wxDefaultValidator, row.name);
+            wxDefaultSize, 0, wxDefaultValidator, row.name);
     }
     // Made after the check box whose caption it covers, and so above it.
-    txtCheckInterval_ = new wxTextCtrl(frames_[kCheckBoxes[kCheckInterval].frame], wxID_ANY, "", wxDefaultPosition,
-                                       wxDefaultSize, 0, wxDefaultValidator, "txtCheckInterval");
+    txtCheckInterval_ = new wxTextCtrl(frames_[kCheckBoxes[kCheckInterval].frame], wxID_ANY, "",
+        wxDefaultPosition, wxDefaultSize, 0, wxDefaultValidator, "txtCheckInterval");
 }
 
-// That of the screen, enlarged in each direction until every text fits its place: texts are larger under GTK than where
-// the places were drawn.
+// That of the screen, enlarged in each direction until every text fits its place: texts are larger under GTK
+// than where the places were drawn.
 TwipsPerPixel frmOptions::ScaleForText() const
 {
     TwipsPerPixel scale = ScreenTwipsPerPixel();
@@ -117,7 +119,7 @@ TwipsPerPixel frmOptions::ScaleForText() const
         MakeRoom(scale.vertical, kRowPitch, best.y);
     }
     MakeRoom(scale.vertical, kCheckBoxes[kCheckInterval].place.height,
-             txtCheckInterval_->GetCharHeight() + 2 * kAroundMinutes);
+        txtCheckInterval_->GetCharHeight() + 2 * kAroundMinutes);
     return scale;
 }
 
@@ -197,8 +199,8 @@ void frmOptions::CheckBox_Click(std::size_t index)
 
 void frmOptions::txtCheckInterval_Change()
 {
-    registry_.WriteRegValue(RegRoot, RegPath, kMinutesValue, MinutesFromText(txtCheckInterval_->GetValue().utf8_string()),
-                            RegType::Dword);
+    registry_.WriteRegValue(RegRoot, RegPath, kMinutesValue,
+        MinutesFromText(txtCheckInterval_->GetValue().utf8_string()), RegType::Dword);
 }
 
 void frmOptions::OnClose(wxCloseEvent&)
@@ -217,7 +219,8 @@ void frmOptions::OnKey(wxKeyEvent& event)
         event.Skip();
 }
 
-// The toolkit would go through each frame from top to bottom; here "Check for new items at start up" comes last.
+// The toolkit would go through each frame from top to bottom; here "Check for new items at start up" comes
+// last.
 void frmOptions::MoveFocus(bool forward)
 {
     std::vector<wxWindow*> order;

@@ -15,14 +15,16 @@ class wxTextCtrl;
 
 namespace vantro {
 
-// The options dialog, modeless. Every change is stored the moment it is made. Closing it (Escape does, too) saves its
-// position under "frmOptions" and destroys it; the window that owns it is to Close() it before its own end.
+// The options dialog, modeless. Every change is stored the moment it is made. Closing it (Escape does, too)
+// saves its position under "frmOptions" and destroys it; the window that owns it is to Close() it before its
+// own end.
 class frmOptions final : public wxDialog {
 public:
-    // Places and fills itself, which writes set boxes and a number of minutes back and runs `startRefreshTimer` when
-    // periodic checking is on. `registry` and whatever the two functions use must outlive the dialog.
+    // Places and fills itself, which writes set boxes and a number of minutes back and runs
+    // `startRefreshTimer` when periodic checking is on. `registry` and whatever the two functions use must
+    // outlive the dialog.
     frmOptions(wxWindow* parent, modRegistry& registry, std::function<void()> startRefreshTimer,
-               std::function<void()> stopRefreshTimer);
+        std::function<void()> stopRefreshTimer);
 
 private:
     void AddControls();
@@ -41,8 +43,8 @@ private:
     modRegistry& registry_;
     std::function<void()> startRefreshTimer_;
     std::function<void()> stopRefreshTimer_;
-    std::array<wxStaticBox*, 4> frames_ {}; // the windows below are owned by the toolkit
-    std::array<wxCheckBox*, 7> checkBoxes_ {};
+    std::array<wxStaticBox*, 4> frames_{}; // the windows below are owned by the toolkit
+    std::array<wxCheckBox*, 7> checkBoxes_{};
     wxTextCtrl* txtCheckInterval_ = nullptr;
 };
 

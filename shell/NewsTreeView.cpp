@@ -1,8 +1,8 @@
 #include "shell/NewsTreeView.h"
 
-#include "platform/Resources.h"
 #include "platform/ScrollBars.h"
 #include "platform/TextCoding.h"
+#include "shell/Icons.h"
 
 #include <string>
 
@@ -20,16 +20,6 @@ wxDataViewItem ItemOf(const NewsNode* node)
 NewsNode* NodeOf(const wxDataViewItem& item)
 {
     return static_cast<NewsNode*>(item.GetID());
-}
-
-wxBitmapBundle LoadIcon(TreeImage image)
-{
-    wxVector<wxBitmap> sizes;
-    for (const char* size : {"-16", "-32"}) {
-        if (const auto png = FindResource("icons", std::string(ImageKey(image)) + size))
-            sizes.push_back(wxBitmap::NewFromPNGData(png->data(), png->size()));
-    }
-    return wxBitmapBundle::FromBitmaps(sizes);
 }
 
 // Sets a flag for the length of a block.
@@ -52,7 +42,7 @@ public:
     explicit Model(const NewsTree& tree) : tree_(tree)
     {
         for (std::size_t i = 0; i < icons_.size(); ++i)
-            icons_[i] = LoadIcon(static_cast<TreeImage>(i));
+            icons_[i] = LoadIcon(ImageKey(static_cast<TreeImage>(i)));
     }
 
     [[nodiscard]] unsigned int GetColumnCount() const override { return 1; }

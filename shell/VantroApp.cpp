@@ -3,7 +3,6 @@
 #include "platform/Paths.h"
 #include "shell/frmMain.h"
 
-#include <wx/image.h>
 #include <wx/log.h>
 
 namespace vantro {
@@ -13,19 +12,20 @@ bool VantroApp::OnInit()
 {
     SetAppName("vantro");
     SetAppDisplayName("Vantro");
-    wxImage::AddHandler(new wxPNGHandler);
     delete wxLog::SetActiveTarget(new wxLogStderr); // the default one opens boxes
     instance_ = std::make_unique<SingleInstance>(DataFolder(), [this] {
         if (window_)
             window_->BringToFront();
     });
     if (!instance_->IsFirst())
-        return false;
+        return true; // nothing to run, and nothing went wrong
     runtime_ = std::make_unique<Runtime>([this] { CallAfter([this] { runtime_->reader.Deliver(); }); });
     window_ = new frmMain(*runtime_);
     window_->Form_Load();
     return true;
 }
+
+int VantroApp::OnRun() { return instance_->IsFirst() ? wxApp::OnRun() : 0; }
 
 int VantroApp::OnExit()
 {

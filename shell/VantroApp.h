@@ -15,6 +15,7 @@ class frmMain;
 class VantroApp final : public wxApp {
 public:
     bool OnInit() override;
+    int OnRun() override;
     int OnExit() override;
 
     [[nodiscard]] frmMain* MainWindow() const { return window_; }

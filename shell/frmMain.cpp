@@ -5,13 +5,12 @@
 #include "feeds/InformationPages.h"
 #include "feeds/ReadMarks.h"
 #include "feeds/SiteModules.h"
-#include "platform/Resources.h"
 #include "platform/TextCoding.h"
+#include "shell/Icons.h"
 #include "shell/StartUp.h"
 #include "shell/modMain.h"
 
 #include <string>
-#include <wx/iconbndl.h>
 #include <wx/menu.h>
 #include <wx/panel.h>
 #include <wx/sizer.h>
@@ -35,19 +34,6 @@ enum MenuId : int {
     mnudonations1,
     mnuAbout,
 };
-
-wxIconBundle ProgramIcons()
-{
-    wxIconBundle icons;
-    for (const char* name : {"vantro-16", "vantro-32"}) {
-        if (const auto png = FindResource("icons", name)) {
-            wxIcon icon;
-            icon.CopyFromBitmap(wxBitmap::NewFromPNGData(png->data(), png->size()));
-            icons.AddIcon(icon);
-        }
-    }
-    return icons;
-}
 
 } // namespace
 

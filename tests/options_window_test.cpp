@@ -26,8 +26,14 @@ protected:
             nullptr, registry, [this] { timer += "start "; }, [this] { timer += "stop "; });
         ASSERT_TRUE(test::ShowAndSettle(*dialog));
     }
-    [[nodiscard]] wxCheckBox* Box(const char* name) { return wxDynamicCast(dialog->FindWindow(name), wxCheckBox); }
-    [[nodiscard]] wxTextCtrl* Minutes() { return wxDynamicCast(dialog->FindWindow("txtCheckInterval"), wxTextCtrl); }
+    [[nodiscard]] wxCheckBox* Box(const char* name)
+    {
+        return wxDynamicCast(dialog->FindWindow(name), wxCheckBox);
+    }
+    [[nodiscard]] wxTextCtrl* Minutes()
+    {
+        return wxDynamicCast(dialog->FindWindow("txtCheckInterval"), wxTextCtrl);
+    }
     void Click(const wxWindow* window, int x)
     {
         wxUIActionSimulator().MouseMove(window->ClientToScreen(wxPoint(x, window->GetSize().y / 2)));
@@ -39,41 +45,38 @@ protected:
     std::string timer;
 };
 
-TEST_F(OptionsDialogTest, ShowsAnEmptyStoreAsUncheckedAndWritesNothing)
+TEST_F(OptionsDialogTest, OpeningShowsTheStoreAndRestartsTheCountdownOnlyWhenCheckingIsOn)
 {
     Open();
-    for (const char* name : {"chkAutoExpandNew", "chkNewAtStartup", "chkCheckInterval", "chkXbinsAutoNFO",
-                             "chkXbinsExternalPage", "chkXboxSceneExternalPage", "chkMaxConsoleExternalPage"})
-        EXPECT_FALSE(Box(name)->GetValue()) << name;
     EXPECT_EQ(Minutes()->GetValue(), "");
     EXPECT_FALSE(Minutes()->IsEnabled());
     EXPECT_TRUE(Stored("Check Interval").IsEmpty());
     EXPECT_TRUE(Stored("Check Interval Minutes").IsEmpty());
     EXPECT_EQ(timer, "");
-}
+    test::DestroyAndWait(*dialog);
 
-TEST_F(OptionsDialogTest, OpeningWithPeriodicCheckingOnRestartsTheCountdown)
-{
     Store("Check Interval", 1);
     Store("Check Interval Minutes", -7);
     Open();
-    EXPECT_EQ(timer, "start ");
     EXPECT_EQ(Minutes()->GetValue(), "-7");
     EXPECT_TRUE(Minutes()->IsEnabled());
+    EXPECT_EQ(timer, "start ");
 }
 
 TEST_F(OptionsDialogTest, StoresEveryClickUnderItsOwnNameAtOnce)
 {
-    const std::pair<const char*, const char*> settings[] = {
-        {"chkAutoExpandNew", "Auto Expand New"}, {"chkNewAtStartup", "Check At Startup"},
-        {"chkCheckInterval", "Check Interval"}, {"chkXbinsAutoNFO", "Xbins Auto NFO"},
-        {"chkXbinsExternalPage", "Xbins External Page"}, {"chkXboxSceneExternalPage", "XboxScene External"},
+    const std::pair<const char*, const char*> settings[] = {{"chkAutoExpandNew", "Auto Expand New"},
+        {"chkNewAtStartup", "Check At Startup"}, {"chkCheckInterval", "Check Interval"},
+        {"chkXbinsAutoNFO", "Xbins Auto NFO"}, {"chkXbinsExternalPage", "Xbins External Page"},
+        {"chkXboxSceneExternalPage", "XboxScene External"},
         {"chkMaxConsoleExternalPage", "Max Console External"}};
     Open();
     for (const int expected : {1, 0}) {
         for (const auto& [box, value] : settings) {
+            EXPECT_EQ(Box(box)->GetValue(), expected == 0) << box;
             Click(Box(box), 40);
-            EXPECT_TRUE(PumpUntil([&, v = value] { return Stored(v).IsNumber() && Stored(v) == expected; })) << value;
+            EXPECT_TRUE(PumpUntil([&, v = value] { return Stored(v).IsNumber() && Stored(v) == expected; }))
+                << value;
         }
         EXPECT_EQ(Minutes()->IsEnabled(), expected == 1);
     }
@@ -99,9 +102,9 @@ TEST_F(OptionsDialogTest, TabGoesThroughTheBoxesInTheirGivenOrderAndEscapeCloses
 {
     Store("Check Interval", 1);
     Open();
-    const char* const order[] = {"chkAutoExpandNew", "chkCheckInterval", "txtCheckInterval", "chkXbinsAutoNFO",
-                                 "chkXbinsExternalPage", "chkXboxSceneExternalPage", "chkMaxConsoleExternalPage",
-                                 "chkNewAtStartup", "chkAutoExpandNew"};
+    const char* const order[] = {"chkAutoExpandNew", "chkCheckInterval", "txtCheckInterval",
+        "chkXbinsAutoNFO", "chkXbinsExternalPage", "chkXboxSceneExternalPage", "chkMaxConsoleExternalPage",
+        "chkNewAtStartup", "chkAutoExpandNew"};
     for (const char* name : order) {
         EXPECT_TRUE(PumpUntil([&] { return dialog->FindWindow(name)->HasFocus(); })) << name;
         Press(WXK_TAB);
@@ -132,12 +135,13 @@ TEST_F(OptionsDialogTest, ClipsNoTextAndPutsTheMinutesBoxOnTheBlanks)
         }
     }
     const wxCheckBox* box = Box("chkCheckInterval");
-    int left = 0, top = 0; // where GTK really draws the caption, from the frame's corner as the controls' places
+    int left = 0,
+        top = 0; // where GTK really draws the caption, from the frame's corner as the controls' places
     gtk_label_get_layout_offsets(GTK_LABEL(gtk_bin_get_child(GTK_BIN(box->GetHandle()))), &left, &top);
     const wxString caption = box->GetLabelText();
     EXPECT_GE(Minutes()->GetRect().x, left + box->GetTextExtent("Check for new items every").x);
     EXPECT_LE(Minutes()->GetRect().GetRight(),
-              left + box->GetTextExtent(caption.substr(0, caption.length() - strlen("minutes"))).x);
+        left + box->GetTextExtent(caption.substr(0, caption.length() - strlen("minutes"))).x);
 }
 
 } // namespace

@@ -1,39 +1,42 @@
 #include "shell/ClampValue.h"
 #include "shell/WindowPlacement.h"
 
+#include <array>
 #include <gtest/gtest.h>
+#include <tuple>
+#include <vector>
 
 namespace vantro {
 namespace {
 
-constexpr Rectangle kScreen {0, 0, 1024 * 15, 768 * 15};
-
 TEST(ClampValueTest, KeepsTheBoundsThatAreSetAndLetsTheMaximumWin)
 {
-    struct { std::int32_t value, minimum, maximum, expected; } const cases[] = {
-        {5, 0, 10, 5}, {-5, 0, 10, 0}, {15, 0, 10, 10}, {-5, -1, 10, -5}, {15, 0, -1, 15}, {0, 0, 0, 0},
-        {15, 20, 10, 10}, {5, 20, 10, 20}, // bounds that cross: the given value is what both look at
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(ClampValue(c.value, c.minimum, c.maximum), c.expected) << c.value << " " << c.minimum;
+    // In the last two the bounds cross: the given value is what both look at.
+    const std::array<std::int32_t, 4> cases[] = {{5, 0, 10, 5}, {-5, 0, 10, 0}, {15, 0, 10, 10},
+        {-5, -1, 10, -5}, {15, 0, -1, 15}, {0, 0, 0, 0}, {15, 20, 10, 10}, {5, 20, 10, 20}};
+    for (const auto& [value, minimum, maximum, expected] : cases)
+        EXPECT_EQ(ClampValue(value, minimum, maximum), expected) << value << " " << minimum;
 }
 
 TEST(WindowPlacementTest, RestoresALengthNoSmallerThanTheMinimum)
 {
-    struct { std::int32_t stored, minimum; double twips; std::int32_t expected; } const cases[] = {
-        {0, 640, 15, 9600}, {3000, 640, 15, 9600}, {-3000, 640, 15, 9600}, {9601, 640, 15, 9601},
-        {0, 640, 7.5, 4800}, {4799, 640, 7.5, 4800}, {0, 0, 15, 9600}, {3000, 0, 15, 3000},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(RestoredLength(c.stored, c.minimum, 640, c.twips), c.expected) << c.stored << " " << c.minimum;
+    const std::tuple<std::int32_t, std::int32_t, double, std::int32_t> cases[]
+        = {{0, 640, 15, 9600}, {3000, 640, 15, 9600}, {-3000, 640, 15, 9600}, {9601, 640, 15, 9601},
+            {0, 640, 7.5, 4800}, {4799, 640, 7.5, 4800}, {0, 0, 15, 9600}, {3000, 0, 15, 3000}};
+    for (const auto& [stored, minimum, twips, expected] : cases)
+        EXPECT_EQ(RestoredLength(stored, minimum, 640, twips), expected) << stored << " " << minimum;
 }
 
 TEST(WindowPlacementTest, PutsAWindowOnTheScreenItsPlaceLiesOn)
 {
-    const std::vector<Rectangle> one {kScreen};
-    const std::vector<Rectangle> two {kScreen, {-15000, 1500, 15000, 9000}}; // a smaller one to the left
-    struct { const char* what; Rectangle form; std::vector<Rectangle> screens; std::int32_t left, top; } const cases[] = {
-        {"kept as it was", {1500, 1515, 9600, 7200}, one, 1500, 1515},
+    const std::vector<Rectangle> one{{0, 0, 1024 * 15, 768 * 15}};
+    const std::vector<Rectangle> two{one[0], {-15000, 1500, 15000, 9000}}; // a smaller one to the left
+    struct {
+        const char* what;
+        Rectangle form;
+        std::vector<Rectangle> screens;
+        std::int32_t left, top;
+    } const cases[] = {{"kept as it was", {1500, 1515, 9600, 7200}, one, 1500, 1515},
         {"centred when the top is 0", {50000, 0, 9600, 7200}, one, 2880, 2160},
         {"centred with the half twip dropped", {0, 0, 9601, 7201}, one, 2879, 2159},
         {"pulled in from the right and from below", {50000, 50000, 9600, 7200}, one, 5760, 4320},
@@ -42,29 +45,28 @@ TEST(WindowPlacementTest, PutsAWindowOnTheScreenItsPlaceLiesOn)
         {"kept on the second screen", {-14000, 2000, 9600, 7200}, two, -14000, 2000},
         {"pulled in on the second screen", {-1000, 1, 9600, 7200}, two, 0, 1},
         {"pulled in to the screen that is nearest", {-90000, 90000, 9600, 7200}, two, -15000, 3300},
-        {"a place at the far end of 32 bits", {INT32_MAX, INT32_MIN, 9600, 7200}, one, 5760, 0},
-    };
-    for (const auto& c : cases) {
-        const Rectangle placed = RestoredPosition(c.form, c.screens);
-        EXPECT_EQ(placed, (Rectangle {c.left, c.top, c.form.width, c.form.height})) << c.what;
-    }
+        {"a place at the far end of 32 bits", {INT32_MAX, INT32_MIN, 9600, 7200}, one, 5760, 0}};
+    for (const auto& c : cases)
+        EXPECT_EQ(
+            RestoredPosition(c.form, c.screens), (Rectangle{c.left, c.top, c.form.width, c.form.height}))
+            << c.what;
 }
 
 TEST(WindowPlacementTest, LaysTheMainWindowOutWithoutGapsOrNegativeSizes)
 {
     const StartLayout start = LayOutAtStart({9600, 7200, 330}, 30, 30);
-    EXPECT_EQ(start.tv, (Rectangle {0, 0, 3750, 6870}));
-    EXPECT_EQ(start.picDownload, (Rectangle {0, 0, 3750, 210}));
-    EXPECT_EQ(start.download[2], (Rectangle {0, 120, 3720, 60}));
+    EXPECT_EQ(start.tv, (Rectangle{0, 0, 3750, 6870}));
+    EXPECT_EQ(start.picDownload, (Rectangle{0, 0, 3750, 210}));
+    EXPECT_EQ(start.download[2], (Rectangle{0, 120, 3720, 60}));
 
     const ResizeLayout wide = LayOutResized({12000, 9000, 330}, start);
-    EXPECT_EQ(wide.picDownload, (Rectangle {0, 8460, 3750, 210}));
-    EXPECT_EQ(wide.tv, (Rectangle {0, 0, 3750, 8460}));
-    EXPECT_EQ(wide.web, (Rectangle {3750, 0, 8250, 8670}));
+    EXPECT_EQ(wide.picDownload, (Rectangle{0, 8460, 3750, 210}));
+    EXPECT_EQ(wide.tv, (Rectangle{0, 0, 3750, 8460}));
+    EXPECT_EQ(wide.web, (Rectangle{3750, 0, 8250, 8670}));
 
     const ResizeLayout tiny = LayOutResized({3000, 300, 330}, start);
-    EXPECT_EQ(tiny.tv, (Rectangle {0, 0, 3750, 0}));
-    EXPECT_EQ(tiny.web, (Rectangle {3750, 0, 0, 0}));
+    EXPECT_EQ(tiny.tv, (Rectangle{0, 0, 3750, 0}));
+    EXPECT_EQ(tiny.web, (Rectangle{3750, 0, 0, 0}));
 }
 
 TEST(TwipsTest, BringBackEveryNumberOfPixelsAndKeepNeighboursTouching)

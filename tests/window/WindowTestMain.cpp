@@ -1,12 +1,14 @@
 #include "tests/window/WindowTest.h"
 
 #include <wx/app.h>
+#include <wx/crt.h>
 #include <wx/evtloop.h>
 #include <wx/init.h>
 #include <wx/toplevel.h>
 #include <wx/weakref.h>
 
 #include <cstdlib>
+#include <iostream>
 #include <string>
 #include <system_error>
 
@@ -69,10 +71,7 @@ void DestroyAndWait(wxTopLevelWindow& window)
     EXPECT_TRUE(PumpUntil([&] { return !gone; }));
 }
 
-WindowTest::WindowTest()
-    : folder(NewFolder())
-    , store(folder / "registry.db")
-    , registry(store)
+WindowTest::WindowTest() : folder(NewFolder()), store(folder / "registry.db"), registry(store)
 {
     registry.CreateRegKey(RegRoot, RegPath);
 }
@@ -87,6 +86,12 @@ WindowTest::~WindowTest()
 
 int main(int argc, char** argv)
 {
+    // A failed assertion of the toolkit ends the run; by default it would ask in a box nobody sees.
+    wxSetAssertHandler(
+        [](const wxString& file, int line, const wxString&, const wxString& condition, const wxString&) {
+            std::cerr << file << ":" << line << ": " << condition << std::endl;
+            std::abort();
+        });
     ::testing::InitGoogleTest(&argc, argv);
     wxApp::SetInstance(new vantro::test::TestApp);
     return wxEntry(argc, argv);

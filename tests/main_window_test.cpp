@@ -1,0 +1,207 @@
+#include "feeds/ItemTag.h"
+#include "feeds/modXBINS.h"
+#include "shell/frmMain.h"
+#include "tests/support/FeedFixture.h"
+#include "tests/support/HttpServer.h"
+#include "tests/window/WindowTest.h"
+
+#include <cstdlib>
+#include <glib.h>
+#include <wx/app.h>
+#include <wx/display.h>
+#include <wx/modalhook.h>
+#include <wx/msgdlg.h>
+
+namespace vantro {
+namespace {
+
+using test::PumpUntil;
+
+// Answers every box at once and remembers what it said.
+class BoxReader final : public wxModalDialogHook {
+public:
+    BoxReader() { Register(); }
+
+    std::vector<std::string> said;
+
+private:
+    int Enter(wxDialog* dialog) override
+    {
+        const auto* box = dynamic_cast<wxMessageDialog*>(dialog);
+        said.push_back(box != nullptr ? box->GetMessage().utf8_string() : "another dialog");
+        return wxID_OK;
+    }
+};
+
+// The whole program over folders of the test's own and a server that answers as it is told.
+class MainWindowTest : public ::testing::Test {
+protected:
+    MainWindowTest()
+    {
+        for (const char* variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+            setenv(variable, folder.Path().c_str(), 1);
+        std::filesystem::create_directory(folder.Path() / "vantro");
+        std::string hosts = "[Hosts]\n";
+        for (const char* site : {"VANTRO", "XBINS", "XBOXSCENE", "MAXCONSOLE"})
+            hosts += std::string(site) + "=" + server.Address("") + "\n";
+        folder.Write("vantro/vantro.ini", hosts);
+    }
+    ~MainWindowTest() override { Close(); }
+
+    void Start()
+    {
+        runtime = std::make_unique<Runtime>(
+            [this] { wxTheApp->CallAfter([this] { runtime ? runtime->reader.Deliver() : void(); }); });
+        window = new frmMain(*runtime);
+        window->Form_Load();
+        ASSERT_TRUE(PumpUntil([this] { return Caption("XBINS") != "Xbins" && PagesInFolder() == 0; }));
+        window->Raise();
+        ASSERT_TRUE(PumpUntil([this] { return window->IsActive(); }));
+    }
+    void Close()
+    {
+        if (window)
+            window->Close();
+        EXPECT_TRUE(PumpUntil([this] { return !window; }));
+        runtime.reset();
+    }
+    void ServeAll(const std::string& feed)
+    {
+        for (const char* path :
+            {"/vantro/vantro.xml", "/xbins.xml", "/xbox1data/xbox-scene.xml", "/rss/xboxfeed.rss"})
+            server.Serve(path, feed);
+    }
+    // Types as a user would; the keys are pressed while events are handled.
+    void Press(std::vector<const char*> keys)
+    {
+        std::vector<const char*> command{"xdotool", "key", "--delay", "120"};
+        command.insert(command.end(), keys.begin(), keys.end());
+        command.push_back(nullptr);
+        ASSERT_TRUE(g_spawn_async(nullptr, const_cast<char**>(command.data()), nullptr, G_SPAWN_SEARCH_PATH,
+            nullptr, nullptr, nullptr, nullptr));
+    }
+    [[nodiscard]] std::string Caption(const char* site) const
+    {
+        const NewsNode* node = runtime->tree.Find(site);
+        return node != nullptr ? node->Text() : "";
+    }
+    [[nodiscard]] std::ptrdiff_t PagesInFolder() const
+    {
+        return std::distance(std::filesystem::directory_iterator(runtime->folder.Path()), {});
+    }
+    [[nodiscard]] int Stored(std::string_view name)
+    {
+        return runtime->registry.ReadRegValue(RegRoot, RegPath, name).ToNumber();
+    }
+    [[nodiscard]] wxRect Place(const char* name) const
+    {
+        return wxWindow::FindWindowByName(name, window)->GetRect();
+    }
+
+    TemporaryFolder folder;
+    test::HttpServer server;
+    std::unique_ptr<Runtime> runtime;
+    wxWeakRef<frmMain> window;
+};
+
+TEST_F(MainWindowTest, FirstStartShowsFourBranchesAndKeepsItsPlace)
+{
+    Start();
+    EXPECT_EQ(window->GetTitle(), "Vantro");
+    EXPECT_EQ(window->GetStatusBar()->GetStatusText(), "");
+    ASSERT_NE(runtime->tree.SelectedItem(), nullptr);
+    EXPECT_EQ(runtime->tree.SelectedItem()->Key(), "VANTRO");
+    EXPECT_EQ(Caption("XBOXSCENE"), "Xbox-Scene (0 New, 0 Unread, 0 Total)");
+    const wxRect screen = wxDisplay(window.get()).GetGeometry();
+    EXPECT_NEAR(window->GetRect().x, (screen.width - window->GetRect().width) / 2, 24);
+    Close();
+    Start();
+    EXPECT_EQ(Stored("frmMainWidth"), 640 * 15);
+    EXPECT_EQ(Stored("frmMainHeight"), 480 * 15);
+}
+
+TEST_F(MainWindowTest, LaysItselfOutAtEverySize)
+{
+    Start();
+    for (const wxSize size : {wxSize(640, 480), wxSize(801, 555), wxSize(1100, 900)}) {
+        window->SetClientSize(size);
+        ASSERT_TRUE(PumpUntil([&] { return Place("webPlace").GetRight() == window->GetClientSize().x - 1; }));
+        const wxSize inside = window->GetClientSize();
+        EXPECT_EQ(Place("tv"), wxRect(0, 0, 250, inside.y - 12));
+        EXPECT_EQ(Place("picDownload"), wxRect(0, inside.y - 12, 250, 12));
+        EXPECT_EQ(Place("webPlace"), wxRect(250, 0, inside.x - 250, inside.y));
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(Place(("download(" + std::to_string(i) + ")").c_str()), wxRect(0, 4 * i, 250, 4));
+    }
+}
+
+TEST_F(MainWindowTest, LivesByKeyboardAlone)
+{
+    ServeAll(
+        test::HttpText("200 OK", "<item><title>A</title><link>l</link></item><item><title>B</title></item>"));
+    Start();
+    // The options: every box and the minutes, in the order of the Tab key.
+    Press({"alt+m", "s"});
+    ASSERT_TRUE(PumpUntil([] { return wxWindow::FindWindowByLabel("Options") != nullptr; }));
+    ASSERT_TRUE(PumpUntil(
+        [] { return dynamic_cast<wxTopLevelWindow*>(wxWindow::FindWindowByLabel("Options"))->IsActive(); }));
+    Press({"space", "Tab", "space", "Tab", "1", "5", "Tab", "space", "Tab", "space", "Tab", "space", "Tab",
+        "space", "Tab", "space", "Escape"});
+    ASSERT_TRUE(PumpUntil([] { return wxWindow::FindWindowByLabel("Options") == nullptr; }));
+    EXPECT_EQ(Stored("Check Interval Minutes"), 15);
+    for (const char* name : {"Auto Expand New", "Check At Startup", "Check Interval", "Xbins Auto NFO",
+             "Xbins External Page", "XboxScene External", "Max Console External"})
+        EXPECT_EQ(Stored(name), 1) << name;
+
+    ASSERT_TRUE(PumpUntil([this] { return window->IsActive(); }));
+    Press({"Menu", "Down", "Return"}); // the marks are disabled on a site: this is "Update News Lists"
+    ASSERT_TRUE(PumpUntil([this] {
+        return Caption("XBOXSCENE") == "Xbox-Scene (2 New, 2 Unread, 2 Total)"
+            && Caption("MAXCONSOLE").find("(2") != std::string::npos
+            && Caption("VANTRO").find("(2") != std::string::npos;
+    }));
+    EXPECT_TRUE(runtime->tree.Find("XBOXSCENE")->Expanded());
+
+    Press({"Down", "Down", "Return"}); // the second item of the own feed's open branch
+    ASSERT_TRUE(PumpUntil([this] { return Caption("VANTRO") == "Vantro (1 New, 1 Unread, 2 Total)"; }));
+    EXPECT_EQ(runtime->tree.SelectedItem()->Key(), "vant2");
+    EXPECT_EQ(PagesInFolder(), 0);
+    Press({"shift+F10", "Down", "Return"}); // on a read item the first is "Mark as Unread"
+    ASSERT_TRUE(PumpUntil([this] { return IsUnread(runtime->tree.Find("vant2")->Tag()); }));
+    Close();
+    Start();
+    EXPECT_EQ(Caption("VANTRO"), "Vantro (0 New, 2 Unread, 2 Total)");
+}
+
+TEST_F(MainWindowTest, TellsWhyADownloadFailed)
+{
+    BoxReader boxes;
+    ServeAll(test::HttpText("404 Not Found"));
+    server.Serve("/xbox1data/xbox-scene.xml", test::HttpText("301 Moved", {}, "Location: /elsewhere\r\n"));
+    server.Serve("/rss/xboxfeed.rss", test::HttpText("200 OK"));
+    Start();
+    Press({"Menu", "Down", "Return"});
+    ASSERT_TRUE(PumpUntil([&] { return boxes.said.size() == 3; }));
+    std::ranges::sort(boxes.said);
+    EXPECT_EQ(boxes.said[0], "0> Error - Unknown: 404 Not Found");
+    EXPECT_EQ(boxes.said[1], "1> Error - Redirected: Redirected to " + server.Address("/elsewhere"));
+    EXPECT_EQ(boxes.said[2], "2> Error - Zero Bytes Returned: Zero bytes retrieved");
+}
+
+TEST_F(MainWindowTest, ClosesDuringAStalledDownloadAndInsideAPassOfEvents)
+{
+    for (const char* path : {"/xbins.xml", "/rss/xboxfeed.rss"})
+        server.Serve(path, "HTTP/1.1 200 OK\r\n", test::HttpServer::Then::Stall);
+    Start();
+    Press({"Menu", "Down", "Return"});
+    ASSERT_TRUE(PumpUntil([this] { return server.Hits("/xbins.xml") == 1; }));
+    window->CallAfter([this] { window->Close(); });
+    EXPECT_FALSE(runtime->pump.RunUntil([] { return false; })) << "a wait ends when the window closes";
+    EXPECT_TRUE(window) << "the window lives until the wait has unwound";
+    const auto start = std::chrono::steady_clock::now();
+    Close();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+} // namespace
+} // namespace vantro
