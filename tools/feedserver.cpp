@@ -4,6 +4,7 @@
 
 #include <httplib.h>
 
+#include <algorithm>
 #include <atomic>
 #include <charconv>
 #include <csignal>
@@ -37,6 +38,7 @@ constexpr std::string_view kUsage
       "  --state FILE        keep in FILE how many items have appeared, and go on from there\n"
       "  --every SECONDS     a further item appears in each feed after so many seconds\n"
       "  --every-requests N  a further item appears with every Nth request of a feed (2)\n"
+      "  --rate BYTES        send feeds no faster than so many bytes a second\n"
       "  --help              show this text\n";
 
 struct Options {
@@ -45,6 +47,7 @@ struct Options {
     std::string feeds = "tools/feeds";
     std::string state;
     Pace pace;
+    std::int64_t rate = 0; // bytes a second; 0 as fast as it goes
     bool help = false;
 };
 
@@ -83,20 +86,36 @@ Options ReadOptions(int argc, char** argv)
             options.pace.time = std::chrono::seconds(ReadNumber(name, value, 1, kLongestPace));
         else if (name == "--every-requests")
             options.pace = {ReadNumber(name, value, 1, kLongestPace), std::chrono::seconds(0)};
+        else if (name == "--rate")
+            options.rate = ReadNumber(name, value, 1, kLongestPace);
         else
             throw std::invalid_argument(std::string(name) + " is unknown");
     }
     return options;
 }
 
-void AddRoutes(
-    httplib::Server& server, SampleFeeds& feeds, const std::string& base, const std::string& pictures)
+// Sends the body in twenty pieces a second.
+void SendSlowly(httplib::Response& response, const SampleAnswer& answer, std::int64_t rate)
+{
+    const auto piece = static_cast<std::size_t>(std::max<std::int64_t>(1, rate / 20));
+    response.set_content_provider(answer.body.size(), answer.contentType,
+        [body = answer.body, piece](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            return sink.write(body.data() + offset, std::min(piece, length));
+        });
+}
+
+void AddRoutes(httplib::Server& server, SampleFeeds& feeds, const std::string& base,
+    const std::string& pictures, std::int64_t rate)
 {
     for (const std::string& path : SampleFeeds::Paths()) {
-        server.Get(path, [&feeds, base, path](const httplib::Request&, httplib::Response& response) {
+        server.Get(path, [&feeds, base, path, rate](const httplib::Request&, httplib::Response& response) {
             const SampleAnswer answer = feeds.TakeFeed(path, base, std::chrono::steady_clock::now());
             response.set_header("Cache-Control", "no-store");
-            response.set_content(answer.body, answer.contentType);
+            if (rate > 0)
+                SendSlowly(response, answer, rate);
+            else
+                response.set_content(answer.body, answer.contentType);
         });
     }
     server.Get(
@@ -164,7 +183,7 @@ int Run(const Options& options)
     Configure(server);
     const int port = Bind(server, options.port);
     const std::string base = std::string("http://") + kAddress + ":" + std::to_string(port);
-    AddRoutes(server, feeds, base, options.feeds + "/pictures");
+    AddRoutes(server, feeds, base, options.feeds + "/pictures", options.rate);
     if (!options.portFile.empty() && !WriteAside(options.portFile, std::to_string(port) + "\n"))
         throw std::runtime_error("Cannot write " + options.portFile);
     std::cout << "Serving on " << base << std::endl;
