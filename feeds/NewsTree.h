@@ -2,6 +2,7 @@
 
 #include "feeds/ItemState.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -85,9 +86,21 @@ public:
     void Select(NewsNode* node);
 
 private:
+    // Item keys count upwards ("xbin1", "xbin2"), and all of them are looked up in that order: read as a
+    // number they fall side by side, where scattered ones would each wait for the memory.
+    struct KeyHash {
+        std::size_t operator()(std::string_view key) const
+        {
+            std::size_t number = 0;
+            for (const char c : key)
+                number = number * 10 + static_cast<unsigned char>(c);
+            return number;
+        }
+    };
+
     std::vector<std::unique_ptr<NewsNode>> roots_;
     // The keys are views into the nodes.
-    std::unordered_map<std::string_view, NewsNode*> byKey_;
+    std::unordered_map<std::string_view, NewsNode*, KeyHash> byKey_;
     NewsNode* selected_ = nullptr;
     NewsTreeListener* listener_ = nullptr;
 };

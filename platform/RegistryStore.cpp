@@ -44,8 +44,7 @@ struct RegistryStore::Connection {
     {
         if (code == SQLITE_DONE)
             return true;
-        // The key is gone: such a write is lost, and nothing is wrong with the store.
-        if ((code & 0xff) != SQLITE_CONSTRAINT && in_batch && !failure)
+        if (in_batch && !failure)
             failure = FailureSentence(Handle(), code);
         return false;
     }
@@ -61,14 +60,22 @@ struct RegistryStore::Connection {
     KeyId FindLeaf(std::string_view path, std::string_view below, std::string_view beyond)
     {
         const auto result = find_leaf.Run({path, below, beyond});
-        if (!result.HasRow())
-            Succeeded(result.Code());
-        return result.HasRow() ? result.Number(0) : 0;
+        return Found(result) ? result.Number(0) : 0;
     }
 
+    // Stands in for the file's foreign key, see StoreFile.cpp. A write to a key that has gone is lost, and
+    // nothing is wrong with the store.
     [[nodiscard]] bool HasKey(KeyId key)
     {
-        return key && (key == remembered_key || has_key.Run({key}).HasRow());
+        return key != 0 && (key == remembered_key || Found(has_key.Run({key})));
+    }
+
+    // A look-up that belongs to a write fails as the write would.
+    bool Found(const SqliteStatement::Result& result)
+    {
+        if (!result.HasRow())
+            Succeeded(result.Code());
+        return result.HasRow();
     }
 
     // The keys of a list are created one after the other: the level above them needs no looking up.
@@ -207,7 +214,8 @@ bool RegistryStore::DeleteKey(std::string_view path)
 bool RegistryStore::SetValue(
     KeyId key, std::string_view name, RegType type, const std::variant<std::int64_t, std::string_view>& data)
 {
-    if (!connection_->HasKey(key) || name.find('\0') != std::string_view::npos || connection_->RefusesWrites())
+    if (!connection_->HasKey(key) || name.find('\0') != std::string_view::npos
+        || connection_->RefusesWrites())
         return false;
     const auto number = static_cast<std::int64_t>(type);
     return connection_->Succeeded(connection_->set_value.Run({key, name, number, data}).Code());

@@ -1,0 +1,124 @@
+// Gives arbitrary bytes to everything that reads what a stranger may have written, and checks what it
+// promises.
+
+#include "downloader/PropertyBag.h"
+#include "feeds/FeedDate.h"
+#include "feeds/ItemStore.h"
+#include "feeds/MergePlan.h"
+#include "feeds/SiteModules.h"
+#include "feeds/modXML.h"
+#include "platform/TextCoding.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using namespace vantro;
+
+void Require(bool holds, const char* promise)
+{
+    if (!holds) {
+        std::cerr << "Broken promise: " << promise << '\n';
+        std::abort();
+    }
+}
+
+void CheckText(std::string_view bytes)
+{
+    const std::string decoded = DecodeFeedText(bytes);
+    Require(IsUtf8(decoded), "decoded text is UTF-8");
+    Require(DecodeFeedText(decoded) == decoded, "decoding twice changes nothing");
+    Require(!IsUtf8(bytes) || decoded == bytes, "valid text is taken as it is");
+    Require(EncodePageText(decoded).find("&#65533;") == std::string::npos
+            || decoded.find("\xEF\xBF\xBD") != std::string::npos
+            || decoded.find("&#65533;") != std::string::npos,
+        "a page loses no character of valid text");
+
+    constexpr std::size_t kMost = 20;
+    const std::string line = OneLine(bytes, kMost);
+    Require(IsUtf8(line), "a line is UTF-8");
+    std::size_t characters = 0;
+    for (const char c : line) {
+        Require(static_cast<unsigned char>(c) >= 0x20 && c != 0x7F, "a line has no control characters");
+        characters += (static_cast<unsigned char>(c) & 0xC0U) != 0x80U ? 1 : 0;
+    }
+    Require(characters <= kMost + 1, "a line is no longer than asked for, but for the ellipsis");
+    Require(EncodePageText(bytes).size() <= bytes.size() * 8, "a byte becomes one reference at most");
+}
+
+// Titles are views that prove to lie in the text they were taken from.
+std::vector<std::string> CheckItems(std::string_view feed)
+{
+    std::vector<std::string> titles;
+    const char* rest = feed.data();
+    const char* const end = feed.data() + feed.size();
+    for (const std::string_view item : SplitItems(feed)) {
+        Require(item.data() >= rest && item.data() + item.size() <= end, "items lie in the feed, in order");
+        Require(titles.empty() || item.data() == rest, "each item begins right behind the one before");
+        Require(ToLowerAscii(item).ends_with("</item>"), "each item ends with its closing tag");
+        rest = item.data() + item.size();
+        const std::string_view title = ExtractTag("title", item);
+        Require(title.empty() || (title.data() >= item.data() && title.data() + title.size() <= rest),
+            "a field lies in its item");
+        Require(ToLowerAscii(title).find("</title>") == std::string::npos,
+            "a field ends at the first closing tag");
+        for (const SiteModule* module : SiteModules())
+            Require(TakeItem(module->Row(), item).Title() == title, "every site takes the title first");
+        titles.emplace_back(title);
+    }
+    return titles;
+}
+
+// What is received is kept as read in every second place, then received again.
+void CheckMerge(const std::vector<std::string>& titles)
+{
+    const MergePlan first = PlanMerge({}, titles);
+    Require(first.states.size() == titles.size(), "every incoming item has a state");
+    Require(first.anythingNew == !titles.empty(), "all of a first feed is new");
+    std::vector<KeptItem> kept;
+    for (std::size_t i = 0; i < titles.size(); ++i)
+        kept.push_back({titles[i], first.states[i]});
+    const MergePlan again = PlanMerge(kept, titles);
+    Require(again.states == first.states, "the same feed gives the same states");
+    for (std::size_t i = 0; i < titles.size(); i += 2)
+        kept[i].state = {TreeImage::ItemRead, false, "<READ>"};
+    const MergePlan merged = PlanMerge(kept, titles);
+    for (std::size_t i = 0; i < titles.size(); ++i) {
+        const std::size_t last = static_cast<std::size_t>(
+            std::find_if(kept.rbegin(), kept.rend(), [&](const KeptItem& k) { return k.title == titles[i]; })
+                .base()
+            - kept.begin() - 1);
+        const bool isFirst = std::find(titles.begin(), titles.end(), titles[i]) - titles.begin()
+            == static_cast<std::ptrdiff_t>(i);
+        if (isFirst)
+            Require(merged.states[i] == kept[last].state, "a read mark survives a merge that keeps its item");
+    }
+}
+
+void CheckForm(std::string_view text)
+{
+    const std::vector<SavedControl> controls = ParseSavedForm(text);
+    const std::string printed = PrintSavedForm(controls);
+    Require(PrintSavedForm(ParseSavedForm(printed)) == printed, "a printed form reads back the same");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    CheckText(bytes);
+    CheckMerge(CheckItems(bytes));
+    static FeedDate dates("en_US");
+    const std::string decoded = DecodeFeedText(bytes.substr(0, 128));
+    Require(IsUtf8(dates.Format(decoded)), "a date in words is UTF-8");
+    CheckForm(bytes);
+    return 0;
+}
