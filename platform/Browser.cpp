@@ -31,6 +31,12 @@ Browser::Browser(wxWindow* parent, const std::filesystem::path& pageFolder, std:
                 expected_.clear();
                 limit_.Stop();
                 CallAfter([this] { lost_(); });
+            },
+            [this] {
+                CallAfter([this] {
+                    if (!expected_.empty())
+                        LoadAfresh();
+                });
             }});
     policy_.PageBegins("about:blank", {});
     Bind(wxEVT_TIMER, [this](wxTimerEvent&) {
@@ -48,14 +54,32 @@ wxWindow* Browser::Window() const
 
 void Browser::Navigate(const std::string& address, LoadEnded ended)
 {
-    const bool isFile = address.starts_with('/');
     expected_ = NativeWebView::Normalized(address);
-    if (isFile) // tells this load from an earlier one of the same file, whose end may still be reported
+    folder_.clear();
+    if (address.starts_with('/')) {
+        folder_ = expected_.substr(0, expected_.rfind('/') + 1);
+        // Tells this load from an earlier one of the same file, whose end may still be reported.
         expected_ += "?" + std::to_string(++loads_);
+    }
     ended_ = std::move(ended);
-    policy_.PageBegins(expected_, isFile ? expected_.substr(0, expected_.rfind('/') + 1) : std::string());
     limit_.StartOnce(static_cast<int>(settings_.loadLimit.count()));
+    if (native_->ProcessResponds())
+        Load();
+    else
+        LoadAfresh();
+}
+
+void Browser::Load()
+{
+    policy_.PageBegins(expected_, folder_);
     native_->Load(expected_);
+}
+
+// A page that keeps the engine busy could never be left.
+void Browser::LoadAfresh()
+{
+    native_->EndProcess();
+    Load();
 }
 
 void Browser::NavigateFrame(const std::string& address, std::string_view frame)

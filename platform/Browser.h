@@ -44,6 +44,8 @@ public:
     void SetSilent(bool silent) override;
 
 private:
+    void Load();
+    void LoadAfresh();
     bool Allow(const Navigation& navigation);
     void LoadCame(const std::string& address, LoadEnd end);
     void Finish(LoadEnd end);
@@ -55,6 +57,7 @@ private:
     BrowserSettings settings_;
     wxTimer limit_;
     std::string expected_; // empty when no load is under way
+    std::string folder_; // of the page that is expected
     std::uint64_t loads_ = 0;
     LoadEnded ended_;
 };

@@ -23,6 +23,7 @@ public:
             finished; // the document of that address and its frames
         std::function<void(const std::string& address)> failed;
         std::function<void()> processLost; // the process that draws the pages died
+        std::function<void()> processHangs; // it has not answered for some seconds
     };
 
     // To be called before the first view; later calls do nothing. Switches the engine's sandbox on where it
@@ -38,6 +39,10 @@ public:
     [[nodiscard]] static std::string Normalized(const std::string& address);
 
     void Load(const std::string& address);
+    // Whether the process that draws the pages answers; a page's endless script can keep it from that.
+    [[nodiscard]] bool ProcessResponds() const;
+    // The next Load() starts a new one. Not reported as lost.
+    void EndProcess();
     // Points a frame of the page shown at `address`. Nothing is left in flight that could outlive the view.
     void LoadFrame(const std::string& frame, const std::string& address);
     // Whether script dialogs, permission questions and password dialogs of pages stay hidden (answered by

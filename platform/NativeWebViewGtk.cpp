@@ -62,16 +62,24 @@ struct NativeWebView::Implementation {
                 static_cast<GSignalMatchType>(G_SIGNAL_MATCH_ID | G_SIGNAL_MATCH_DATA),
                 g_signal_lookup(signal, WEBKIT_TYPE_WEB_VIEW), 0, nullptr, nullptr, &owner);
         }
-        Connect(
-            "create", G_CALLBACK(+[](WebKitWebView*, WebKitNavigationAction*, Implementation*) -> GtkWidget* {
-                return nullptr;
-            }));
+        Connect("create",
+            G_CALLBACK(
+                +[](WebKitWebView*, WebKitNavigationAction* action, Implementation* self) -> GtkWidget* {
+                    self->events.allow(NavigationOf(action, true));
+                    return nullptr;
+                }));
         Connect("decide-policy", G_CALLBACK(OnDecidePolicy));
         Connect("load-changed", G_CALLBACK(OnLoadChanged));
         Connect("load-failed", G_CALLBACK(OnLoadFailed));
         Connect("web-process-terminated",
-            G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, Implementation* self) {
-                self->events.processLost();
+            G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason why, Implementation* self) {
+                if (why != WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
+                    self->events.processLost();
+            }));
+        Connect("notify::is-web-process-responsive",
+            G_CALLBACK(+[](WebKitWebView* changed, GParamSpec*, Implementation* self) {
+                if (webkit_web_view_get_is_web_process_responsive(changed) == FALSE)
+                    self->events.processHangs();
             }));
         Connect("script-dialog",
             G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog*, Implementation* self) -> gboolean {
@@ -123,6 +131,13 @@ struct NativeWebView::Implementation {
             "enable-html5-local-storage", FALSE, "enable-fullscreen", FALSE, nullptr);
     }
 
+    static Navigation NavigationOf(WebKitNavigationAction* action, bool newWindow)
+    {
+        return {webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)),
+            webkit_navigation_action_is_user_gesture(action) != FALSE,
+            webkit_navigation_action_is_redirect(action) != FALSE, newWindow};
+    }
+
     static gboolean OnDecidePolicy(WebKitWebView* /*view*/, WebKitPolicyDecision* decision,
         WebKitPolicyDecisionType type, Implementation* self)
     {
@@ -137,11 +152,7 @@ struct NativeWebView::Implementation {
         }
         auto* asked = WEBKIT_NAVIGATION_POLICY_DECISION(decision);
         WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(asked);
-        const Navigation navigation{webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)),
-            webkit_navigation_action_is_user_gesture(action) != FALSE,
-            webkit_navigation_action_is_redirect(action) != FALSE,
-            type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION};
-        if (self->events.allow(navigation))
+        if (self->events.allow(NavigationOf(action, type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION)))
             return FALSE;
         webkit_policy_decision_ignore(decision);
         return TRUE;
@@ -202,6 +213,16 @@ std::string NativeWebView::Normalized(const std::string& address)
 void NativeWebView::Load(const std::string& address)
 {
     webkit_web_view_load_uri(implementation_->view, address.c_str());
+}
+
+bool NativeWebView::ProcessResponds() const
+{
+    return webkit_web_view_get_is_web_process_responsive(implementation_->view) != FALSE;
+}
+
+void NativeWebView::EndProcess()
+{
+    webkit_web_view_terminate_web_process(implementation_->view);
 }
 
 void NativeWebView::LoadFrame(const std::string& frame, const std::string& address)

@@ -1,120 +1,68 @@
 #include "settings/frmOptions.h"
+#include "tests/support/FeedFixture.h"
 #include "tests/window/WindowTest.h"
 
 #include <gtk/gtk.h>
 #include <wx/checkbox.h>
 #include <wx/textctrl.h>
 #include <wx/uiaction.h>
-#include <wx/weakref.h>
 
-namespace vantro {
+namespace vantro::test {
 namespace {
 
-using test::PumpUntil;
-
-class OptionsDialogTest : public test::WindowTest {
+class OptionsDialogTest : public FeedFixture {
 protected:
-    ~OptionsDialogTest() override
-    {
-        if (dialog)
-            test::DestroyAndWait(*dialog);
-    }
     void Open()
     {
-        timer.clear();
         dialog = new frmOptions(
-            nullptr, registry, [this] { timer += "start "; }, [this] { timer += "stop "; });
-        ASSERT_TRUE(test::ShowAndSettle(*dialog));
+            nullptr, *registry_, [this] { timer += "start "; }, [this] { timer += "stop "; });
+        box = wxDynamicCast(dialog->FindWindow("chkCheckInterval"), wxCheckBox);
+        minutes = wxDynamicCast(dialog->FindWindow("txtCheckInterval"), wxTextCtrl);
+        ASSERT_TRUE(ShowAndSettle(*dialog));
     }
-    [[nodiscard]] wxCheckBox* Box(const char* name)
-    {
-        return wxDynamicCast(dialog->FindWindow(name), wxCheckBox);
-    }
-    [[nodiscard]] wxTextCtrl* Minutes()
-    {
-        return wxDynamicCast(dialog->FindWindow("txtCheckInterval"), wxTextCtrl);
-    }
-    void Click(const wxWindow* window, int x)
+    static void Click(const wxWindow* window, int x)
     {
         wxUIActionSimulator().MouseMove(window->ClientToScreen(wxPoint(x, window->GetSize().y / 2)));
         wxUIActionSimulator().MouseClick();
     }
-    void Press(int key, int modifiers = wxMOD_NONE) { wxUIActionSimulator().Char(key, modifiers); }
 
-    wxWeakRef<frmOptions> dialog;
-    std::string timer;
+    frmOptions* dialog = nullptr;
+    wxCheckBox* box = nullptr; // "Check for new items every ... minutes"
+    wxTextCtrl* minutes = nullptr;
+    std::string timer; // what it was told
 };
 
-TEST_F(OptionsDialogTest, OpeningShowsTheStoreAndRestartsTheCountdownOnlyWhenCheckingIsOn)
+TEST_F(OptionsDialogTest, FillingCountsAsAChangeOfWhatIsStored)
 {
+    SetOption("Check Interval", 1);
+    registry_->WriteRegValue(RegRoot, RegPath, "Check Interval Minutes", "-7.0", RegType::Sz);
     Open();
-    EXPECT_EQ(Minutes()->GetValue(), "");
-    EXPECT_FALSE(Minutes()->IsEnabled());
-    EXPECT_TRUE(Stored("Check Interval").IsEmpty());
-    EXPECT_TRUE(Stored("Check Interval Minutes").IsEmpty());
-    EXPECT_EQ(timer, "");
-    test::DestroyAndWait(*dialog);
-
-    Store("Check Interval", 1);
-    Store("Check Interval Minutes", -7);
-    Open();
-    EXPECT_EQ(Minutes()->GetValue(), "-7");
-    EXPECT_TRUE(Minutes()->IsEnabled());
+    EXPECT_EQ(minutes->GetValue(), "-7.0");
+    EXPECT_TRUE(minutes->IsEnabled() && Option("Check Interval Minutes").IsNumber());
     EXPECT_EQ(timer, "start ");
+    dialog->Close();
+    EXPECT_TRUE(PumpUntil([&] { return Option("frmOptionsTop").IsNumber(); }));
 }
 
-TEST_F(OptionsDialogTest, StoresEveryClickUnderItsOwnNameAtOnce)
+TEST_F(OptionsDialogTest, TheMouseSwitchesCheckingOnAndOffAndEveryKeystrokeStoresTheMinutes)
 {
-    const std::pair<const char*, const char*> settings[] = {{"chkAutoExpandNew", "Auto Expand New"},
-        {"chkNewAtStartup", "Check At Startup"}, {"chkCheckInterval", "Check Interval"},
-        {"chkXbinsAutoNFO", "Xbins Auto NFO"}, {"chkXbinsExternalPage", "Xbins External Page"},
-        {"chkXboxSceneExternalPage", "XboxScene External"},
-        {"chkMaxConsoleExternalPage", "Max Console External"}};
     Open();
-    for (const int expected : {1, 0}) {
-        for (const auto& [box, value] : settings) {
-            EXPECT_EQ(Box(box)->GetValue(), expected == 0) << box;
-            Click(Box(box), 40);
-            EXPECT_TRUE(PumpUntil([&, v = value] { return Stored(v).IsNumber() && Stored(v) == expected; }))
-                << value;
-        }
-        EXPECT_EQ(Minutes()->IsEnabled(), expected == 1);
+    EXPECT_TRUE(Option("Check Interval").IsEmpty() && Option("Check Interval Minutes").IsEmpty());
+    EXPECT_FALSE(minutes->IsEnabled());
+    Click(box, 40);
+    ASSERT_TRUE(PumpUntil([&] { return Option("Check Interval") == 1 && minutes->IsEnabled(); }));
+    Click(minutes, minutes->GetSize().x / 2); // also shows that it lies above the caption
+    ASSERT_TRUE(PumpUntil([&] { return minutes->HasFocus(); }));
+    for (const auto& [key, stored] : {std::pair('1', 1), {'5', 15}, {'.', 15}, {'5', 16}, {'x', 16}}) {
+        const auto length = minutes->GetValue().length();
+        wxUIActionSimulator().Char(key);
+        ASSERT_TRUE(PumpUntil([&] { return minutes->GetValue().length() > length; }));
+        EXPECT_EQ(Option("Check Interval Minutes").ToNumber(), stored);
     }
-    EXPECT_EQ(timer, "start stop ");
-}
-
-TEST_F(OptionsDialogTest, StoresTheMinutesWithEveryKeystroke)
-{
-    Store("Check Interval", 1);
-    Open();
-    Click(Minutes(), Minutes()->GetSize().x / 2); // also shows that the box lies above the caption
-    ASSERT_TRUE(PumpUntil([&] { return Minutes()->HasFocus(); }));
-    for (const auto& [key, minutes] : {std::pair('1', 1), {'5', 15}, {'.', 15}, {'5', 16}, {'x', 16}}) {
-        const auto length = Minutes()->GetValue().length();
-        Press(key);
-        ASSERT_TRUE(PumpUntil([&] { return Minutes()->GetValue().length() > length; }));
-        EXPECT_EQ(Stored("Check Interval Minutes").ToNumber(), minutes);
-    }
-    EXPECT_EQ(timer, "start "); // of the opening; typing leaves the timer alone
-}
-
-TEST_F(OptionsDialogTest, TabGoesThroughTheBoxesInTheirGivenOrderAndEscapeCloses)
-{
-    Store("Check Interval", 1);
-    Open();
-    const char* const order[] = {"chkAutoExpandNew", "chkCheckInterval", "txtCheckInterval",
-        "chkXbinsAutoNFO", "chkXbinsExternalPage", "chkXboxSceneExternalPage", "chkMaxConsoleExternalPage",
-        "chkNewAtStartup", "chkAutoExpandNew"};
-    for (const char* name : order) {
-        EXPECT_TRUE(PumpUntil([&] { return dialog->FindWindow(name)->HasFocus(); })) << name;
-        Press(WXK_TAB);
-    }
-    ASSERT_TRUE(PumpUntil([&] { return Box("chkCheckInterval")->HasFocus(); }));
-    Press(WXK_TAB, wxMOD_SHIFT);
-    EXPECT_TRUE(PumpUntil([&] { return Box("chkAutoExpandNew")->HasFocus(); }));
-    Press(WXK_ESCAPE);
-    EXPECT_TRUE(PumpUntil([&] { return !dialog; }));
-    EXPECT_FALSE(Stored("frmOptionsTop").IsEmpty());
+    Click(box, 40);
+    ASSERT_TRUE(PumpUntil([&] { return Option("Check Interval") == 0 && !minutes->IsEnabled(); }));
+    EXPECT_EQ(timer, "start stop ") << "typing leaves the timer alone";
+    DestroyAndWait(*dialog);
 }
 
 TEST_F(OptionsDialogTest, ClipsNoTextAndPutsTheMinutesBoxOnTheBlanks)
@@ -122,27 +70,24 @@ TEST_F(OptionsDialogTest, ClipsNoTextAndPutsTheMinutesBoxOnTheBlanks)
     Open();
     for (wxWindow* frame : dialog->GetChildren()) {
         EXPECT_TRUE(wxRect(dialog->GetClientSize()).Contains(frame->GetRect())) << frame->GetName();
-        const wxWindow* above = nullptr;
-        for (wxWindow* box : frame->GetChildren()) {
-            EXPECT_GE(frame->GetClientSize().x, box->GetRect().GetRight()) << box->GetName();
-            EXPECT_GE(frame->GetClientSize().y, box->GetRect().GetBottom()) << box->GetName();
-            if (box == Minutes())
+        int above = 0;
+        for (wxWindow* child : frame->GetChildren()) {
+            if (child == minutes)
                 continue;
-            EXPECT_GE(box->GetSize().x, box->GetBestSize().x) << box->GetName();
-            EXPECT_GE(box->GetSize().y, box->GetBestSize().y) << box->GetName();
-            EXPECT_TRUE(!above || above->GetRect().GetBottom() < box->GetRect().y) << box->GetName();
-            above = box;
+            const wxRect place = child->GetRect();
+            EXPECT_TRUE(wxRect(frame->GetClientSize()).Contains(place)) << child->GetName();
+            EXPECT_TRUE(wxRect(place.GetSize()).Contains(wxRect(child->GetBestSize()))) << child->GetName();
+            EXPECT_LE(above, place.y) << child->GetName();
+            above = place.GetBottom() + 1;
         }
     }
-    const wxCheckBox* box = Box("chkCheckInterval");
-    int left = 0,
-        top = 0; // where GTK really draws the caption, from the frame's corner as the controls' places
+    int left = 0, top = 0; // where GTK really draws the caption, in the frame
     gtk_label_get_layout_offsets(GTK_LABEL(gtk_bin_get_child(GTK_BIN(box->GetHandle()))), &left, &top);
     const wxString caption = box->GetLabelText();
-    EXPECT_GE(Minutes()->GetRect().x, left + box->GetTextExtent("Check for new items every").x);
-    EXPECT_LE(Minutes()->GetRect().GetRight(),
-        left + box->GetTextExtent(caption.substr(0, caption.length() - strlen("minutes"))).x);
+    EXPECT_GE(minutes->GetRect().x, left + box->GetTextExtent("Check for new items every").x);
+    EXPECT_LE(minutes->GetRect().GetRight(), left + box->GetTextExtent(caption.BeforeLast('m')).x);
+    DestroyAndWait(*dialog);
 }
 
 } // namespace
-} // namespace vantro
+} // namespace vantro::test

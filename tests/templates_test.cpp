@@ -6,7 +6,6 @@
 
 #include <glib.h>
 #include <regex>
-#include <set>
 
 namespace vantro {
 namespace {
@@ -31,56 +30,37 @@ std::string Page(std::string_view type, std::string_view name)
     return std::string(FindResource(type, name).value_or(""));
 }
 
-std::string Between(const std::string& text, std::string_view opens, std::string_view closes)
-{
-    const std::size_t begin = text.find(opens);
-    if (begin == std::string::npos)
-        return {};
-    const std::size_t end = text.find(closes, begin + opens.size());
-    return end == std::string::npos ? "" : text.substr(begin + opens.size(), end - begin - opens.size());
-}
-
-struct Kind {
-    const char* type;
-    const char* name;
-    bool isFrames;
-};
-constexpr Kind kPages[] = {{"XBINS", "FRAMES", true}, {"XBINS", "MAIN", false}, {"XBINS", "TITLE", false},
-    {"VANTRO", "FRAMES", true}, {"VANTRO", "MAIN", false}, {"VANTRO", "TITLE", false},
-    {"MAXCONSOLE", "FRAMES", true}, {"MAXCONSOLE", "MAIN", false}, {"MAXCONSOLE", "TITLE", false},
-    {"XBOXSCENE", "FRAMES", true}, {"XBOXSCENE", "MAIN", false}, {"XBOXSCENE", "TITLE", false},
-    {"VANTRO", "ABOUT-MAIN", false}, {"VANTRO", "HELP", false}, {"VANTRO", "DONATIONS", false}};
-
 TEST(Templates, BeginWithAPolicyThatRunsTheirOwnScriptOnly)
 {
-    for (const Kind& kind : kPages) {
-        SCOPED_TRACE(std::string(kind.type) + " " + kind.name);
-        const std::string page = Page(kind.type, kind.name);
-        EXPECT_EQ(page.find("<meta http-equiv=\"Content-Security-Policy\""),
-            page.find('<', page.find("<head>") + 1));
-        EXPECT_LT(page.find("<head>"), page.find('['));
-        const std::string policy = Between(page, "Content-Security-Policy\" content=\"", "\"");
-        EXPECT_TRUE(policy.starts_with("default-src 'none'; ")) << policy;
-        const std::string script = Between(page, "<script type=\"text/javascript\">", "</script>");
-        EXPECT_EQ(script.empty(), kind.isFrames);
-        EXPECT_EQ(
-            Between(policy, "script-src ", ";"), kind.isFrames ? "" : "'sha256-" + Digest(script) + "'");
-        for (const char* part : {"form-action 'none'", "base-uri 'none'"})
-            EXPECT_NE(policy.find(part), std::string::npos) << part;
-        for (const char* never : {"connect-src", "object-src", "media-src", "unsafe-eval"})
-            EXPECT_EQ(policy.find(never), std::string::npos) << never;
-        EXPECT_EQ(policy.find("frame-src") != std::string::npos, kind.isFrames);
-        EXPECT_EQ(ReplaceAll(page, "\r\n", "").find_first_of("\r\n"), std::string::npos)
-            << "lines end in CR LF";
-        EXPECT_TRUE(
-            std::all_of(page.begin(), page.end(), [](char c) { return static_cast<signed char>(c) > 0; }));
+    const std::string begins
+        = "<head>\r\n<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; ";
+    const std::string ends = "form-action 'none'; base-uri 'none'\">";
+    const std::regex withScript(begins
+        + "script-src 'sha256-([^']*)'; style-src 'unsafe-inline'; img-src file: http: https: data:; " + ends
+        + "[^\\[]*<script type=\"text/javascript\">([^<]*)</script>");
+    int pages = 0;
+    for (const char* type : {"XBINS", "VANTRO", "MAXCONSOLE", "XBOXSCENE"}) {
+        for (const std::string name : {"FRAMES", "MAIN", "TITLE", "ABOUT-MAIN", "HELP", "DONATIONS"}) {
+            SCOPED_TRACE(type + (" " + name));
+            const std::string page = Page(type, name);
+            std::smatch found;
+            if (name == "FRAMES")
+                EXPECT_NE(
+                    page.find(begins + "frame-src file: http: https: mailto:; " + ends), std::string::npos);
+            else if (!page.empty() && std::regex_search(page, found, withScript))
+                EXPECT_EQ(found[1], Digest(found[2].str()));
+            else
+                EXPECT_EQ(page, "");
+            EXPECT_EQ(ReplaceAll(page, "\r\n", "").find_first_of("\r\n"), std::string::npos);
+            pages += page.empty() ? 0 : 1;
+        }
     }
+    EXPECT_EQ(pages, 15);
 }
 
 TEST(Templates, HoldWhatTheRecipesReplaceAndNothingMore)
 {
-    // A step may wait for a text that an item brings along: these stand in no template of ours.
-    const std::set<std::string> inItemsOnly{"VANTRO %5BVERSION%5D"};
+    const std::string inItemsOnly = "VANTRO %5BVERSION%5D"; // stands in no template of ours
     for (const SiteModule* module : SiteModules()) {
         const PageRecipe& recipe = *module->Row().page;
         const std::string frames = Page(recipe.resourceType, "FRAMES");
@@ -90,15 +70,12 @@ TEST(Templates, HoldWhatTheRecipesReplaceAndNothingMore)
                 << filled.file;
             for (const Replacement& step : filled.replacements) {
                 const std::string what = std::string(recipe.resourceType) + " " + std::string(step.search);
-                EXPECT_EQ(page.find(step.search) == std::string::npos, inItemsOnly.contains(what)) << what;
+                EXPECT_EQ(page.find(step.search) == std::string::npos, what == inItemsOnly) << what;
                 page = ReplaceAll(std::move(page), step.search, "");
             }
             static const std::regex placeholder(R"re(\[[A-Z][A-Z ]*\]|%5B|\w\.(gif|jpg)\b)re");
             EXPECT_FALSE(std::regex_search(page, placeholder)) << filled.file;
         }
-        for (const char* part : {"name=\"titleFrame\"", "name=\"mainFrame\"", "rows=\"95,*\"",
-                 "<title>Untitled Document</title>"})
-            EXPECT_NE(frames.find(part), std::string::npos) << part;
     }
 }
 

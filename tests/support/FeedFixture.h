@@ -17,7 +17,6 @@ public:
     TemporaryFolder();
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
     // Writes bytes into a file of the folder and returns its path.
@@ -30,7 +29,12 @@ private:
 // Counts the passes, and runs what the test wants to happen inside the next one.
 class ScriptedPump final : public EventPump {
 public:
-    void RunPending() override;
+    void RunPending() override
+    {
+        ++passes;
+        if (const auto action = std::exchange(next, {}))
+            action();
+    }
     bool RunUntil(const std::function<bool()>& /*done*/) override { return false; }
 
     int passes = 0;
@@ -42,7 +46,7 @@ using Titles = std::vector<std::string>;
 // A store on disk, the tree with its roots, and the site operations, told in the words of the feeds.
 class FeedFixture : public ::testing::Test {
 protected:
-    FeedFixture();
+    FeedFixture() { Restart(); }
 
     // Merges a recorded feed file, or one made of these titles, as if it had just been downloaded.
     void Receive(const SiteModule& module, std::string_view recorded);
@@ -50,12 +54,23 @@ protected:
     // Closes store and tree and starts again from what is on disk.
     void Restart(const StoreOptions& options = {});
 
-    [[nodiscard]] NewsNode& Item(const SiteModule& module, std::string_view title);
-    [[nodiscard]] Titles TreeTitles(const SiteModule& module) const;
-    [[nodiscard]] Titles UnreadTitles(const SiteModule& module) const;
-    [[nodiscard]] std::string Stored(const SiteModule& module, int item, std::string_view value);
-    [[nodiscard]] std::string Caption(const SiteModule& module) const;
-    void SetOption(std::string_view name, int value);
+    NewsNode& Site(const SiteModule& module) const { return *tree_->Find(module.Row().identifier); }
+    std::string Caption(const SiteModule& module) const { return Site(module).Text(); }
+    NewsNode& Item(const SiteModule& module, std::string_view title) const;
+    Titles ListTitles(const SiteModule& module, bool unread_only) const;
+    Titles TreeTitles(const SiteModule& module) const { return ListTitles(module, false); }
+    Titles UnreadTitles(const SiteModule& module) const { return ListTitles(module, true); }
+    std::string Stored(const SiteModule& module, int item, std::string_view value) const;
+    // Numbers directly under the program's key: options and places.
+    RegValue Option(std::string_view name) const { return registry_->ReadRegValue(RegRoot, RegPath, name); }
+    void SetOption(std::string_view name, int value)
+    {
+        registry_->WriteRegValue(RegRoot, RegPath, name, value, RegType::Dword);
+    }
+    FeedServices Services()
+    {
+        return {*store_, *registry_, *tree_, pump_, [this](const auto& text) { said_.push_back(text); }};
+    }
 
     TemporaryFolder folder_;
     std::unique_ptr<RegistryStore> store_;
@@ -63,8 +78,6 @@ protected:
     std::unique_ptr<NewsTree> tree_;
     ScriptedPump pump_;
     std::vector<std::string> said_;
-
-    [[nodiscard]] FeedServices Services();
 };
 
 } // namespace vantro

@@ -1,8 +1,8 @@
 #include "tests/support/HttpServer.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cstdlib>
+#include <functional>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
@@ -14,65 +14,52 @@ namespace {
 // environment.
 [[maybe_unused]] const int kNoProxy = setenv("no_proxy", "*", 1);
 
-bool Send(int connection, std::string_view data)
+bool Send(int socket, std::string_view data)
 {
-    while (!data.empty()) {
-        const auto sent = send(connection, data.data(), data.size(), MSG_NOSIGNAL);
-        if (sent <= 0)
-            return false;
-        data.remove_prefix(static_cast<std::size_t>(sent));
-    }
-    return true;
+    return send(socket, data.data(), data.size(), MSG_NOSIGNAL) == std::ssize(data);
 }
 
 // False when the other side has gone first.
-bool Wait(int connection, int milliseconds)
+bool Wait(int socket, int milliseconds)
 {
-    pollfd waiting{connection, POLLIN | POLLRDHUP, 0};
+    pollfd waiting{socket, POLLIN | POLLRDHUP, 0};
     return poll(&waiting, 1, milliseconds) == 0;
 }
 
-std::string ReceiveHead(int connection)
+std::string ReceiveHead(int socket)
 {
     std::string head;
-    char part[4096];
-    while (head.find("\r\n\r\n") == std::string::npos) {
-        const auto received = recv(connection, part, sizeof part, 0);
-        if (received <= 0)
+    for (char next = 0; !head.ends_with("\r\n\r\n"); head += next)
+        if (recv(socket, &next, 1, 0) != 1)
             return {};
-        head.append(part, static_cast<std::size_t>(received));
-    }
     return head;
+}
+
+// Takes the socket over. The work ends when it is done or the thread object goes.
+std::jthread WorkOn(int socket, std::function<void()> work)
+{
+    return std::jthread([socket, work = std::move(work)](const std::stop_token& stop) {
+        {
+            const std::stop_callback end(stop, [socket] { shutdown(socket, SHUT_RDWR); });
+            work();
+        }
+        close(socket);
+    });
 }
 } // namespace
 
-HttpServer::HttpServer() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+HttpServer::HttpServer()
 {
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     auto* const any = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener_, any, size) != 0 || listen(listener_, 64) != 0
-        || getsockname(listener_, any, &size) != 0)
+    if (bind(listener, any, size) != 0 || listen(listener, 64) != 0 || getsockname(listener, any, &size) != 0)
         throw std::runtime_error("no listening socket");
     port_ = ntohs(address.sin_port);
-    accepting_ = std::jthread([this] { Accept(); });
-}
-
-HttpServer::~HttpServer()
-{
-    shutdown(listener_, SHUT_RDWR);
-    accepting_.join();
-    {
-        const std::lock_guard lock(mutex_);
-        for (const int connection : connections_)
-            shutdown(connection, SHUT_RDWR);
-    }
-    handlers_.clear();
-    for (const int connection : connections_)
-        close(connection);
-    close(listener_);
+    accepting_ = WorkOn(listener, [this, listener] { Accept(listener); });
 }
 
 void HttpServer::Serve(const std::string& path, std::string text, Then then)
@@ -86,73 +73,40 @@ std::string HttpServer::Address(const std::string& path) const
     return "http://127.0.0.1:" + std::to_string(port_) + path;
 }
 
-int HttpServer::Hits(const std::string& path)
-{
-    const std::lock_guard lock(mutex_);
-    return answers_[path].hits;
-}
-
-int HttpServer::Ended(const std::string& path)
-{
-    const std::lock_guard lock(mutex_);
-    return answers_[path].ended;
-}
-
 std::string HttpServer::LastRequest()
 {
     const std::lock_guard lock(mutex_);
     return lastRequest_;
 }
 
-void HttpServer::Accept()
+HttpServer::Answer HttpServer::Find(const std::string& path)
 {
-    for (int connection = 0; (connection = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
-        {
-            const std::lock_guard lock(mutex_);
-            connections_.push_back(connection);
-        }
-        handlers_.emplace_back([this, connection] {
-            Handle(connection);
-            shutdown(connection, SHUT_RDWR);
-        });
-    }
+    const std::lock_guard lock(mutex_);
+    return answers_[path];
 }
 
-void HttpServer::Handle(int connection)
+void HttpServer::Accept(int listener)
 {
-    const std::string head = ReceiveHead(connection);
-    const std::string path = head.substr(std::min<std::size_t>(4, head.size()), head.find(' ', 4) - 4);
+    for (int socket = 0; (socket = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;)
+        handlers_.push_back(WorkOn(socket, [this, socket] { Handle(socket); }));
+}
+
+void HttpServer::Handle(int socket)
+{
+    const std::string head = ReceiveHead(socket);
+    const std::string path = head.empty() ? "" : head.substr(4, head.find(' ', 4) - 4); // after "GET "
     std::unique_lock lock(mutex_);
     lastRequest_ = head;
-    const auto known = answers_.find(path);
-    if (known == answers_.end())
-        return;
-    ++known->second.hits;
-    const Answer answer = known->second;
+    ++answers_[path].hits;
+    const auto [text, then, hits, ended] = answers_[path];
     lock.unlock();
-    Follow(connection, answer);
+    if (Send(socket, text) && then != Then::Close) {
+        const std::string block(then == Then::Flood ? 64 * 1024 : 1, 'x');
+        const int pause = then == Then::Flood ? 0 : then == Then::Drip ? 200 : -1;
+        while (Wait(socket, pause) && Send(socket, block)) { }
+    }
     lock.lock();
     ++answers_[path].ended;
-}
-
-void HttpServer::Follow(int connection, const Answer& answer)
-{
-    const std::string block(answer.then == Then::Flood ? 64 * 1024 : 1, 'x');
-    if (!Send(connection, answer.text))
-        return;
-    switch (answer.then) {
-    case Then::Close:
-        break;
-    case Then::Stall:
-        Wait(connection, -1);
-        break;
-    case Then::Drip:
-        while (Wait(connection, 1000) && Send(connection, block)) { }
-        break;
-    case Then::Flood:
-        while (Send(connection, block)) { }
-        break;
-    }
 }
 
 std::string HttpText(std::string_view status, std::string_view body, std::string_view headerLines)

@@ -9,28 +9,25 @@
 
 namespace vantro::test {
 
-// A server on 127.0.0.1 that misbehaves as it is told. It answers every connection on a thread of its own.
+// A server on 127.0.0.1 that misbehaves as it is told. It answers every connection on a thread of its own,
+// and ends them all when it goes.
 class HttpServer {
 public:
     enum class Then {
         Close, // close the connection
         Stall, // say nothing more, until the client goes
-        Drip, // one byte a second
+        Drip, // five bytes a second
         Flood // bytes as fast as they go
     };
 
     HttpServer();
-    ~HttpServer(); // ends every connection
-    HttpServer(const HttpServer&) = delete;
-    HttpServer& operator=(const HttpServer&) = delete;
 
-    // Answers requests of `path` with exactly `text`, then does as said. Unknown paths are not answered at
-    // all.
+    // Answers requests of `path` with exactly `text`, then does as said. Unknown paths get no answer at all.
     void Serve(const std::string& path, std::string text, Then then = Then::Close);
     // Such as "http://127.0.0.1:40123/path".
     [[nodiscard]] std::string Address(const std::string& path) const;
-    [[nodiscard]] int Hits(const std::string& path);
-    [[nodiscard]] int Ended(const std::string& path); // connections of `path` that are over
+    [[nodiscard]] int Hits(const std::string& path) { return Find(path).hits; }
+    [[nodiscard]] int Ended(const std::string& path) { return Find(path).ended; } // connections that are over
     [[nodiscard]] std::string LastRequest(); // the head, as it came
 
 private:
@@ -40,16 +37,14 @@ private:
         int hits = 0;
         int ended = 0;
     };
-    void Accept();
-    void Handle(int connection);
-    static void Follow(int connection, const Answer& answer);
+    [[nodiscard]] Answer Find(const std::string& path);
+    void Accept(int listener);
+    void Handle(int socket);
 
-    int listener_ = -1;
     int port_ = 0;
     std::mutex mutex_;
     std::map<std::string, Answer> answers_; // guarded by mutex_
     std::string lastRequest_; // guarded by mutex_
-    std::list<int> connections_; // guarded by mutex_; shut down, never closed, before the threads end
     std::list<std::jthread> handlers_; // the accepting thread's
     std::jthread accepting_;
 };

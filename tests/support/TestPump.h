@@ -2,9 +2,11 @@
 
 #include "platform/EventPump.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <gtest/gtest.h>
 #include <mutex>
 
 namespace vantro::test {
@@ -12,22 +14,47 @@ namespace vantro::test {
 // The event loop of a test: a queue of events that any thread may add to.
 class TestPump final : public EventPump {
 public:
-    void Post(std::function<void()> event); // any thread
-    void Close(); // as when the program closes: RunUntil() returns false
+    void Post(std::function<void()> event) // any thread
+    {
+        const std::lock_guard lock(mutex_);
+        events_.push_back(std::move(event));
+        changed_.notify_all();
+    }
+    void Close() { isClosing_ = true; } // as when the program closes: RunUntil() returns false
 
-    void RunPending() override;
+    void RunPending() override
+    {
+        RunUntil([this] { return std::lock_guard(mutex_), events_.empty(); });
+    }
     // Also false, with a failure of the test, when nothing came of it for 20 seconds.
-    bool RunUntil(const std::function<bool()>& done) override;
+    bool RunUntil(const std::function<bool()>& done) override
+    {
+        using Clock = std::chrono::steady_clock;
+        const auto deadline = Clock::now() + std::chrono::seconds(20);
+        while (!isClosing_ && !done()) {
+            std::unique_lock lock(mutex_);
+            if (!changed_.wait_until(lock, deadline, [this] { return !events_.empty(); })) {
+                ADD_FAILURE() << "waited in vain";
+                return false;
+            }
+            const auto event = std::move(events_.front());
+            events_.pop_front();
+            lock.unlock();
+            const auto start = Clock::now();
+            event();
+            longest_ = std::max<Clock::duration>(longest_, Clock::now() - start);
+        }
+        return !isClosing_;
+    }
 
-    // How long the longest RunPending() took, waiting not included.
-    [[nodiscard]] std::chrono::milliseconds LongestPass() const { return longest_; }
+    [[nodiscard]] std::chrono::nanoseconds LongestEvent() const { return longest_; }
 
 private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<std::function<void()>> events_; // guarded by mutex_
-    bool isClosing_ = false; // guarded by mutex_
-    std::chrono::milliseconds longest_{};
+    bool isClosing_ = false;
+    std::chrono::nanoseconds longest_{};
 };
 
 } // namespace vantro::test

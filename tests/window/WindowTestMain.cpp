@@ -1,7 +1,6 @@
 #include "tests/window/WindowTest.h"
 
 #include <wx/app.h>
-#include <wx/crt.h>
 #include <wx/evtloop.h>
 #include <wx/init.h>
 #include <wx/toplevel.h>
@@ -9,17 +8,9 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <string>
-#include <system_error>
 
 namespace vantro::test {
 namespace {
-
-std::filesystem::path NewFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "vantro-window-XXXXXX").string();
-    return mkdtemp(name.data());
-}
 
 class TestApp final : public wxApp {
 public:
@@ -69,17 +60,6 @@ void DestroyAndWait(wxTopLevelWindow& window)
     const wxWeakRef<wxTopLevelWindow> gone(&window);
     window.Destroy();
     EXPECT_TRUE(PumpUntil([&] { return !gone; }));
-}
-
-WindowTest::WindowTest() : folder(NewFolder()), store(folder / "registry.db"), registry(store)
-{
-    registry.CreateRegKey(RegRoot, RegPath);
-}
-
-WindowTest::~WindowTest()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
 }
 
 } // namespace vantro::test
