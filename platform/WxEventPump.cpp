@@ -6,22 +6,13 @@
 
 namespace vantro {
 
-class WxEventPump::Pass {
-public:
-    explicit Pass(WxEventPump& pump) : pump_(pump) { ++pump_.depth_; }
-    ~Pass()
-    {
-        if (--pump_.depth_ > 0)
-            return;
-        for (auto& action : std::exchange(pump_.unwound_, {}))
-            wxTheApp->CallAfter(std::move(action));
-    }
-    Pass(const Pass&) = delete;
-    Pass& operator=(const Pass&) = delete;
-
-private:
-    WxEventPump& pump_;
-};
+WxEventPump::Pass::~Pass()
+{
+    if (--pump_.depth_ > 0)
+        return;
+    for (auto& action : std::exchange(pump_.unwound_, {}))
+        wxTheApp->CallAfter(std::move(action));
+}
 
 void WxEventPump::RunPending()
 {

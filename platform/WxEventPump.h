@@ -14,14 +14,26 @@ public:
     void RunPending() override;
     bool RunUntil(const std::function<bool()>& done) override;
 
+    // Marks its lifetime as a pass. To be held around whatever handles events in a loop of its own, such as a
+    // modal box or a popup menu.
+    class Pass {
+    public:
+        explicit Pass(WxEventPump& pump) : pump_(pump) { ++pump_.depth_; }
+        ~Pass();
+        Pass(const Pass&) = delete;
+        Pass& operator=(const Pass&) = delete;
+
+    private:
+        WxEventPump& pump_;
+    };
+
     // Runs `action` now when no pass is under way, else when the last one has ended.
     void WhenUnwound(std::function<void()> action);
     // Makes every RunUntil() return false, now and from now on.
     void RequestStop() { stopping_ = true; }
+    [[nodiscard]] bool IsStopping() const { return stopping_; }
 
 private:
-    class Pass;
-
     int depth_ = 0;
     bool stopping_ = false;
     std::vector<std::function<void()>> unwound_;

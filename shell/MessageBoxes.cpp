@@ -20,14 +20,15 @@ void MessageBoxes::Show(Box box)
 
 void MessageBoxes::ShowNext()
 {
-    const wxWeakRef<MessageBoxes> self(this);
     while (!boxes_.empty()) {
-        const Box& box = boxes_.front();
-        wxMessageDialog dialog(parent_, wxString::FromUTF8(box.text), wxString::FromUTF8(box.title),
-            wxOK | (box.stop ? wxICON_STOP : wxICON_NONE));
-        dialog.ShowModal();
-        if (!self)
-            return;
+        // The window waits with its closing until the box is answered, and no box comes once it has begun.
+        const WxEventPump::Pass pass(pump_);
+        if (!pump_.IsStopping()) {
+            const Box& box = boxes_.front();
+            wxMessageDialog dialog(parent_, wxString::FromUTF8(box.text), wxString::FromUTF8(box.title),
+                wxOK | (box.stop ? wxICON_STOP : wxICON_NONE));
+            dialog.ShowModal();
+        }
         boxes_.pop_front();
     }
 }

@@ -236,6 +236,7 @@ void frmMain::ShowPopup(bool markRead, bool markUnread)
 {
     mnuPopup_->Enable(mnuMarkRead, markRead);
     mnuPopup_->Enable(mnuMarkUnread, markUnread);
+    const WxEventPump::Pass pass(runtime_.pump);
     PopupMenu(mnuPopup_.get());
 }
 

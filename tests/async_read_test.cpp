@@ -58,7 +58,7 @@ struct AsyncReadTest : ::testing::Test {
     test::TestPump pump;
     std::list<Client> clients;
     std::optional<AsyncRead> reader{std::in_place, [this] { pump.Post([this] { reader->Deliver(); }); },
-        ReadLimits{.connect = 300ms, .silence = 1s, .size = 2 << 20, .redirects = 10}, "Vantro/1.0"};
+        ReadLimits{.connect = 300ms, .silence = 2s, .size = 2 << 20, .redirects = 10}, "Vantro/1.0"};
 
     Client& Begin(const std::string& address)
     {
@@ -104,8 +104,8 @@ TEST_F(AsyncReadTest, EndsEveryAnswerWithItsContentOrASentence)
         {"HTTP/1.1 404 Gone \xE9\x1B\r\nContent-Length: 9\r\n\r\n", Then::Stall, "0 404 Gone ??\n"},
         {ok + "Content-Length: 9\r\n\r\nshort", Then::Close, "off before the whole file had arrived\n"},
         {ok + "Conte", Then::Close, "0 The connection broke off in the middle of the answer\n"},
-        {"", Then::Stall, "0 The server sent almost nothing for 1 seconds\n"},
-        {ok + "\r\n", Then::Drip, "0 The server sent almost nothing for 1 seconds\n"},
+        {"", Then::Stall, "0 The server sent almost nothing for 2 seconds\n"},
+        {ok + "\r\n", Then::Drip, "0 The server sent almost nothing for 2 seconds\n"},
         {ok + "\r\n", Then::Flood, "0 The file is larger than the 2 MiB allowed\n"},
         {HttpText("302 ", "", "Location: file:///etc/passwd\r\n"), Then::Close, "neither http nor https\n"},
         {HttpText("302 ", "", "Location: /11\r\n"), Then::Close, "0 Redirected more than 10 times\n"},

@@ -10,6 +10,8 @@
 #include <wx/panel.h>
 #include <wx/uiaction.h>
 
+#include <sstream>
+
 namespace vantro::test {
 namespace {
 
@@ -62,7 +64,7 @@ TEST_F(DownloadControlTest, DrawsAsMuchOfTheBarAsHasArrivedAndTakesItAwayAtTheEn
 
 TEST_F(DownloadControlTest, PassesTheMouseOnInItsOwnUnits)
 {
-    wxString log;
+    std::ostringstream log;
     const auto logged = [&](const char* what) {
         return [&log, what](int button, int shift, float x, float y) {
             log << what << " " << button << " " << shift << " " << int(x) << " " << int(y) << "; ";
@@ -82,7 +84,7 @@ TEST_F(DownloadControlTest, PassesTheMouseOnInItsOwnUnits)
     const char* const expected
         = "Down 2 1 150 60; Up 2 1 150 60; Click; Down 1 0 150 60; Up 1 0 150 60; Click; "
           "DblClick; Up 1 0 150 60; Down 4 0 150 60; Up 4 0 -120 60; ";
-    EXPECT_TRUE(PumpUntil([&] { return log == expected; })) << log;
+    EXPECT_TRUE(PumpUntil([&] { return log.str() == expected; })) << log.str();
 }
 
 TEST_F(DownloadControlTest, StoresOnlyWhatDiffersFromTheDefaultsAndReadsItBack)

@@ -190,7 +190,7 @@ TEST_F(MainWindowTest, TellsWhyADownloadFailed)
 
 TEST_F(MainWindowTest, ClosesDuringAStalledDownloadAndInsideAPassOfEvents)
 {
-    for (const char* path : {"/xbins.xml", "/rss/xboxfeed.rss"})
+    for (const char* path : {"/xbins.xml", "/xbox1data/xbox-scene.xml", "/rss/xboxfeed.rss"})
         server.Serve(path, "HTTP/1.1 200 OK\r\n", test::HttpServer::Then::Stall);
     Start();
     Press({"Menu", "Down", "Return"});

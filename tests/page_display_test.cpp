@@ -8,7 +8,6 @@
 #include "tests/support/FeedFixture.h"
 
 #include <cstdlib>
-#include <regex>
 #include <set>
 
 namespace vantro {
@@ -232,27 +231,6 @@ TEST_F(PageDisplayTest, SaysWhatWentWrongAndEnds)
     EXPECT_EQ(said_.size(), 3U);
     EXPECT_NE(said_.back().find((run_ / "vantro.jpg").string() + " cannot be written"), std::string::npos)
         << said_.back();
-}
-
-TEST_F(PageDisplayTest, InformationPagesStandAloneWithTheirPicturesAndTheVersion)
-{
-    for (const auto show : {ShowAboutPage, ShowHelpPage, ShowDonationsPage}) {
-        browser_.sentTo.clear();
-        show(*display_);
-        ASSERT_EQ(browser_.sentTo.size(), 1U) << "no blank page goes before";
-        const std::string page = browser_.files[fs::path(browser_.sentTo.front()).filename()];
-        EXPECT_NE(page.find("?subject=Vantro%20(" + VersionLine + ")\""), std::string::npos);
-        EXPECT_FALSE(std::regex_search(page, std::regex(R"(\[VERSION|%5B)")));
-        std::set<std::string> pictures{fs::path(browser_.sentTo.front()).filename()};
-        const std::regex source("<img src=\"([^\"]*)\"");
-        for (std::sregex_iterator at(page.begin(), page.end(), source); at != std::sregex_iterator(); ++at)
-            pictures.insert((*at)[1]);
-        for (const auto& [name, bytes] : browser_.files)
-            EXPECT_EQ(pictures.erase(name), 1U) << name << " is written for nothing";
-        EXPECT_TRUE(pictures.empty()) << *pictures.begin() << " is missing";
-        Answer();
-        EXPECT_TRUE(fs::is_empty(run_));
-    }
 }
 
 TEST(FeedDate, PutsDatesIntoTheUsersWordsAndLeavesOtherTextAlone)

@@ -1,7 +1,6 @@
 #include "feeds/modXBINS.h"
 #include "feeds/modXBOXSCENE.h"
 #include "shell/RefreshCycle.h"
-#include "shell/StartUp.h"
 #include "shell/TreeClicks.h"
 #include "tests/support/FeedFixture.h"
 
@@ -98,17 +97,6 @@ TEST_F(RefreshCycleTest, MergesACompletedFileIntoItsSite)
     engines_[2].Events.DLComplete(10);
     EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"A"}));
     EXPECT_TRUE(TreeTitles(modXBINS).empty());
-}
-
-TEST_F(FeedFixture, StartUpCountsAllSitesInOrder)
-{
-    RefreshAllSiteCounts(Services());
-    EXPECT_EQ(pump_.passes, 4);
-    EXPECT_EQ(Caption(modXBINS), "Xbins (0 New, 0 Unread, 0 Total)");
-    std::string order;
-    for (const auto& root : tree_->Roots())
-        order += root->Key() + " " + std::string(ImageKey(root->Image())) + "|";
-    EXPECT_EQ(order, "VANTRO vantro|XBOXSCENE xboxscene|MAXCONSOLE site|XBINS site|");
 }
 
 TEST_F(FeedFixture, ClicksActOnTheSelectedNodeByTheButtonPressedLast)
