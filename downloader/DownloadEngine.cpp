@@ -189,16 +189,12 @@ void DownloadEngine::AsyncReadProgress(const AsyncProperty& property)
 void DownloadEngine::HandleStatus(const AsyncProperty& property)
 {
     switch (property.StatusCode) {
-    case ReadStatusCode::Error:
-        RaiseDLError(DownloadErrorCode::Unknown, property.Value);
-        break;
+    case ReadStatusCode::Error: RaiseDLError(DownloadErrorCode::Unknown, property.Value); break;
     case ReadStatusCode::Connecting:
         connectionAddress_ = property.Status;
         Raise(Events.DLConnected, property.Status);
         break;
-    case ReadStatusCode::Redirecting:
-        HandleRedirect(property.Status);
-        break;
+    case ReadStatusCode::Redirecting: HandleRedirect(property.Status); break;
     case ReadStatusCode::BeginningData: {
         fileSize_ = property.BytesMax;
         const ReadTicket mine = ticket_;
@@ -207,9 +203,7 @@ void DownloadEngine::HandleStatus(const AsyncProperty& property)
         break;
     }
     case ReadStatusCode::DataArriving:
-    case ReadStatusCode::EndOfData:
-        HandleProgress(property);
-        break;
+    case ReadStatusCode::EndOfData: HandleProgress(property); break;
     case ReadStatusCode::MimeTypeKnown:
         mimeType_ = property.Status;
         Raise(Events.DLMIMEType, property.Status);

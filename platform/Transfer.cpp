@@ -240,14 +240,10 @@ void Transfer::Fail(const std::string& sentence)
 std::string Transfer::Describe(CURLcode code) const
 {
     switch (stop_) {
-    case Stop::TooLarge:
-        return "The file is larger than the " + SizeText(settings_.limits.size) + " allowed";
-    case Stop::EndlessHead:
-        return "The header of the server's answer is too long";
-    case Stop::NoMemory:
-        return "Not enough memory for the file";
-    case Stop::None:
-        break;
+    case Stop::TooLarge: return "The file is larger than the " + SizeText(settings_.limits.size) + " allowed";
+    case Stop::EndlessHead: return "The header of the server's answer is too long";
+    case Stop::NoMemory: return "Not enough memory for the file";
+    case Stop::None: break;
     }
     curl_off_t untilRequest = 0;
     curl_easy_getinfo(easy_.get(), CURLINFO_PRETRANSFER_TIME_T, &untilRequest);

@@ -25,7 +25,10 @@ bool VantroApp::OnInit()
     return true;
 }
 
-int VantroApp::OnRun() { return instance_->IsFirst() ? wxApp::OnRun() : 0; }
+int VantroApp::OnRun()
+{
+    return instance_->IsFirst() ? wxApp::OnRun() : 0;
+}
 
 int VantroApp::OnExit()
 {
