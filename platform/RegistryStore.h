@@ -8,8 +8,6 @@
 #include <string_view>
 #include <variant>
 
-struct sqlite3;
-
 namespace vantro {
 
 // The types a value can have; the numbers stand in the file.
