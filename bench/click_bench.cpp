@@ -6,7 +6,6 @@
 #include "feeds/PageDisplay.h"
 #include "feeds/SiteModules.h"
 #include "platform/Browser.h"
-#include "platform/WxEventPump.h"
 #include "shell/modMain.h"
 
 #include <algorithm>
@@ -150,7 +149,10 @@ private:
             std::abort();
         return name;
     }
-    FeedServices Services() { return {store_, registry_, tree_, pump_, Fail}; }
+    FeedServices Services()
+    {
+        return {store_, registry_, tree_, [] {}, Fail};
+    }
     static void Fail(const std::string& sentence)
     {
         std::fprintf(stderr, "%s\n", sentence.c_str());
@@ -175,7 +177,6 @@ private:
     RegistryStore store_{folder_ / "registry.db"};
     modRegistry registry_{store_};
     NewsTree tree_;
-    WxEventPump pump_;
     wxFrame* frame_ = new wxFrame(nullptr, wxID_ANY, "Clicks", wxDefaultPosition, wxSize(900, 600));
     Stopwatch own_;
     Browser browser_{frame_, folder_, [] { Fail("The engine's process died."); }};

@@ -50,6 +50,16 @@ private:
     std::vector<std::unique_ptr<NewsNode>> children_;
 };
 
+// An item that somebody took hold of: a click, an open menu, a page under way. It stays the same story
+// whatever a merge does to its branch.
+struct HeldItem {
+    std::string root; // key of its site's node
+    std::string key;
+    std::string title;
+};
+// REQUIRES: `item` is no root.
+[[nodiscard]] HeldItem Hold(const NewsNode& item);
+
 // Is told what has changed in the tree, after the change.
 class NewsTreeListener {
 public:
@@ -69,12 +79,15 @@ public:
     void Attach(NewsTreeListener* listener) { listener_ = listener; }
 
     NewsNode& AddRoot(NodeData data, std::optional<Colour> backColor);
-    // Puts these item nodes in the place of all items of the branch. The selection goes to the first item
-    // with the text of the one that was selected, else to the root.
+    // Puts these item nodes in the place of all items of the branch. The selection stays with its story, and
+    // goes to the root when that is gone.
     void ReplaceBranch(NewsNode& root, std::vector<NodeData> items);
 
     // Null when there is no node of that key.
     [[nodiscard]] NewsNode* Find(std::string_view key) const;
+    // The node of that key while it has that title, else the first one of its branch that has; null when the
+    // story is gone.
+    [[nodiscard]] NewsNode* Find(const HeldItem& held) const;
     [[nodiscard]] const std::vector<std::unique_ptr<NewsNode>>& Roots() const { return roots_; }
 
     void SetCaption(NewsNode& node, std::string text, bool bold);

@@ -7,7 +7,6 @@
 #include "platform/TextCoding.h"
 #include "shell/modMain.h"
 
-#include <optional>
 #include <utility>
 
 namespace vantro {
@@ -30,12 +29,13 @@ PageDisplay::~PageDisplay()
 
 void PageDisplay::ShowItemPage(const Site& site, std::string_view nodeKey, std::function<void()> shown)
 {
-    Begin({site.page, &site, std::string(nodeKey), std::move(shown)});
+    const NewsNode* node = services_.tree.Find(nodeKey);
+    Begin({site.page, &site, node != nullptr ? std::optional(Hold(*node)) : std::nullopt, std::move(shown)});
 }
 
 void PageDisplay::ShowInformationPage(const PageRecipe& page)
 {
-    Begin({&page, nullptr, {}, {}});
+    Begin({&page, nullptr, std::nullopt, {}});
 }
 
 void PageDisplay::BrowserLost()
@@ -54,6 +54,7 @@ void PageDisplay::BrowserLost()
 void PageDisplay::Begin(Request request)
 {
     DeleteFiles(); // of the page before, while it is known
+    End();
     request_ = std::move(request);
     shownAgain_ = false;
     Start();
@@ -82,11 +83,12 @@ PageBrowser::LoadEnded PageDisplay::WhileNewest(std::function<void(PageBrowser::
 
 void PageDisplay::ShowItemFiles()
 {
-    NewsNode* node = services_.tree.Find(request_.nodeKey);
+    NewsNode* node = request_.item ? services_.tree.Find(*request_.item) : nullptr;
     if (node == nullptr) {
         End();
         return;
     }
+    request_.item = Hold(*node); // a merge may have given it another number
     if (IsUnread(node->Tag()))
         MarkRead(services_, *node);
     const Values values = ReadValues();
@@ -100,7 +102,7 @@ PageDisplay::Values PageDisplay::ReadValues()
 {
     const PageRecipe& page = *request_.page;
     const ItemStore store(services_.registry, *request_.site);
-    const std::int32_t item = ItemNumber(request_.nodeKey);
+    const std::int32_t item = ItemNumber(request_.item->key);
     Values values;
     for (const PageField& field : page.fields) {
         std::string text = store.ReadText(item, field.value);
@@ -152,7 +154,7 @@ std::string PageDisplay::ValueOf(const Replacement& step, const Values& values) 
     case PageValue::MainFrame: return std::string(kMainFrame);
     case PageValue::ExternalTarget:
         return IsOn(step.argument)
-            ? std::string(request_.page->externalPrefix) + std::to_string(ItemNumber(request_.nodeKey))
+            ? std::string(request_.page->externalPrefix) + std::to_string(ItemNumber(request_.item->key))
             : std::string(kMainFrame);
     case PageValue::FileOf: return PathForPage((folder_ / step.argument).string());
     }

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,8 +27,9 @@ public:
     PageDisplay(const PageDisplay&) = delete;
     PageDisplay& operator=(const PageDisplay&) = delete;
 
-    // Shows the page of an item and marks it read. `shown` is called when the display has ended, well or not;
-    // never when a newer page took its place. A missing node ends it after the blank page.
+    // Shows the page of an item and marks it read; whatever a merge does meanwhile, it is the story that was
+    // asked for. `shown` is called when the display has ended, well or not, or a newer page took its place. A
+    // node that is missing, or a story that is gone, ends it after the blank page.
     void ShowItemPage(const Site& site, std::string_view nodeKey, std::function<void()> shown);
     void ShowInformationPage(const PageRecipe& page);
 
@@ -42,7 +44,7 @@ private:
     struct Request {
         const PageRecipe* page = nullptr;
         const Site* site = nullptr; // null for an information page
-        std::string nodeKey;
+        std::optional<HeldItem> item; // of an item page whose node was there
         std::function<void()> shown;
     };
 

@@ -10,16 +10,16 @@ namespace {
 
 void Mark(const FeedServices& services, NewsNode& node, ItemState state)
 {
-    const std::string key = node.Key();
-    services.tree.SetState(node, state);
-    const SiteModule* module = FindSiteModule(key);
-    if (module == nullptr)
-        return;
-    // A batch of one write, because a batch tells whether it was stored.
-    RegistryStore::Batch batch(services.store);
-    ItemStore(services.registry, module->Row()).WriteTag(ItemNumber(key), state.tag);
-    if (const auto failure = batch.Commit())
-        services.say("The read mark could not be stored: " + *failure);
+    if (const SiteModule* module = FindSiteModule(node.Key())) {
+        // A batch of one write, because a batch tells whether it was stored.
+        RegistryStore::Batch batch(services.store);
+        ItemStore(services.registry, module->Row()).WriteTag(ItemNumber(node.Key()), state.tag);
+        if (const auto failure = batch.Commit()) {
+            services.say("The read mark could not be stored: " + *failure);
+            return;
+        }
+    }
+    services.tree.SetState(node, std::move(state));
 }
 
 } // namespace

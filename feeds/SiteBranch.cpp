@@ -24,7 +24,7 @@ void SiteModule::LoadSiteItems(const FeedServices& services) const
 
 void SiteModule::UpdateSiteCounts(const FeedServices& services) const
 {
-    services.events.RunPending();
+    services.paint();
     const std::int32_t total = ItemStore(services.registry, site_).Count();
     int fresh = 0;
     int unread = 0;

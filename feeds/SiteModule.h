@@ -2,7 +2,6 @@
 
 #include "feeds/NewsTree.h"
 #include "feeds/Site.h"
-#include "platform/EventPump.h"
 #include "settings/modRegistry.h"
 
 #include <filesystem>
@@ -20,7 +19,8 @@ struct FeedServices {
     RegistryStore& store;
     modRegistry& registry;
     NewsTree& tree;
-    EventPump& events;
+    // Paints what waits to be painted and handles no other event.
+    std::function<void()> paint;
     std::function<void(const std::string&)> say; // puts a sentence where the user looks
 };
 
@@ -38,7 +38,7 @@ public:
     // Builds the site's item nodes from the store. Run once, when the site node has no items.
     void LoadSiteItems(const FeedServices& services) const;
 
-    // Lets waiting events run, then rewrites the site node's caption with the counts of new, unread and
+    // Lets the window paint, then rewrites the site node's caption with the counts of new, unread and
     // stored items, sets it bold when some are new, and then expands it if "Auto Expand New" is on.
     void UpdateSiteCounts(const FeedServices& services) const;
 

@@ -4,17 +4,14 @@
 
 namespace vantro {
 
-// The one door through which the program lets user-interface events be handled in the middle of its own work.
-// Interface thread only.
+// The one loop inside another: only the waiting form of a download runs it, and nothing in the program asks
+// for that. Interface thread only.
 class EventPump {
 public:
     virtual ~EventPump() = default;
 
-    // Handles the events that are waiting now, then returns. Never sleeps.
-    virtual void RunPending() = 0;
-
-    // Handles events, sleeping while there are none, until `done` is true. False when the program is closing
-    // first: the caller then unwinds at once.
+    // Handles events, sleeping while there are none, until `done` is true. False when there is no event loop
+    // to wait in.
     virtual bool RunUntil(const std::function<bool()>& done) = 0;
 };
 

@@ -1,36 +1,37 @@
 #include "shell/MessageBoxes.h"
 
+#include "platform/MessageDialog.h"
+
 #include <algorithm>
 #include <utility>
-#include <wx/msgdlg.h>
 
 namespace vantro {
 
 void MessageBoxes::Show(Box box)
 {
-    if (std::ranges::find(boxes_, box) != boxes_.end())
+    const auto same = std::ranges::find(boxes_, box.subject, &Box::subject);
+    if (same == boxes_.end()) {
+        boxes_.push_back(std::move(box));
+        if (boxes_.size() == 1)
+            ShowFirst();
         return;
-    boxes_.push_back(std::move(box));
-    if (boxes_.size() == 1)
-        pump_.WhenUnwound([self = wxWeakRef<MessageBoxes>(this)] {
-            if (self)
-                self->CallAfter(&MessageBoxes::ShowNext);
-        });
+    }
+    *same = std::move(box);
+    if (same == boxes_.begin() && dialog_) {
+        dialog_->SetTitle(wxString::FromUTF8(same->title));
+        dialog_->SetText(same->text);
+    }
 }
 
-void MessageBoxes::ShowNext()
+void MessageBoxes::ShowFirst()
 {
-    while (!boxes_.empty()) {
-        // The window waits with its closing until the box is answered, and no box comes once it has begun.
-        const WxEventPump::Pass pass(pump_);
-        if (!pump_.IsStopping()) {
-            const Box& box = boxes_.front();
-            wxMessageDialog dialog(parent_, wxString::FromUTF8(box.text), wxString::FromUTF8(box.title),
-                wxOK | (box.stop ? wxICON_STOP : wxICON_NONE));
-            dialog.ShowModal();
-        }
+    const Box& box = boxes_.front();
+    dialog_ = new MessageDialog(parent_, box.title, box.text, box.stop, [this] {
         boxes_.pop_front();
-    }
+        if (!boxes_.empty())
+            ShowFirst();
+    });
+    dialog_->Show();
 }
 
 } // namespace vantro

@@ -1,39 +1,38 @@
 #pragma once
 
-#include "platform/WxEventPump.h"
-
 #include <deque>
 #include <string>
-#include <wx/event.h>
 #include <wx/weakref.h>
-#include <wx/window.h>
+
+class wxWindow;
 
 namespace vantro {
 
-// Shows message boxes with an OK button over the window, one at a time, never inside a pass of the event
-// pump. A box that says the same as one that is open or waits is left out, so an unattended program does not
-// pile them up.
-class MessageBoxes final : public wxEvtHandler {
+class MessageDialog;
+
+// Shows message boxes with an OK button over the window, one at a time, and waits for none of them. There is
+// one box for each subject: a newer one takes its place, in sight or in the queue, so that an unattended
+// program does not pile them up.
+class MessageBoxes {
 public:
     struct Box {
+        std::string subject; // what it is about; the user does not see it
         std::string title;
         std::string text;
         bool stop = false; // with a stop icon
-
-        friend bool operator==(const Box&, const Box&) = default;
     };
 
-    MessageBoxes(wxWindow* parent, WxEventPump& pump) : parent_(parent), pump_(pump) { }
+    explicit MessageBoxes(wxWindow* parent) : parent_(parent) { }
 
-    // Returns at once; the box follows from the event loop.
+    // Returns at once.
     void Show(Box box);
 
 private:
-    void ShowNext();
+    void ShowFirst();
 
     wxWindow* parent_;
-    WxEventPump& pump_;
-    std::deque<Box> boxes_; // the first is open, or about to be
+    wxWeakRef<MessageDialog> dialog_; // owned by the window library
+    std::deque<Box> boxes_; // the first is the one in sight
 };
 
 } // namespace vantro

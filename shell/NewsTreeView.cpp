@@ -1,10 +1,13 @@
 #include "shell/NewsTreeView.h"
 
-#include "platform/ScrollBars.h"
+#include "feeds/Site.h"
+#include "platform/ModalInput.h"
 #include "platform/TextCoding.h"
 #include "shell/Icons.h"
 
+#include <algorithm>
 #include <string>
+#include <wx/menu.h>
 
 namespace vantro {
 
@@ -20,6 +23,11 @@ wxDataViewItem ItemOf(const NewsNode* node)
 NewsNode* NodeOf(const wxDataViewItem& item)
 {
     return static_cast<NewsNode*>(item.GetID());
+}
+
+int IndexOf(const std::vector<std::unique_ptr<NewsNode>>& nodes, const NewsNode* node)
+{
+    return static_cast<int>(std::ranges::find(nodes, node, &std::unique_ptr<NewsNode>::get) - nodes.begin());
 }
 
 // Sets a flag for the length of a block.
@@ -115,6 +123,7 @@ NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks)
     SetExpanderColumn(column);
     SetFont(GetFont().Scaled(kFontScale));
     ShowScrollBars(*this);
+    IgnoreLetters(*this);
     BindEvents();
     tree_.Attach(this);
 }
@@ -133,16 +142,33 @@ void NewsTreeView::BranchReplaced(const NewsNode& /*root*/)
 {
     // Cleared() costs a fraction of removing and adding the rows, but the view then forgets how it stood.
     const Showing showing(showing_);
-    const NewsNode* top = NodeOf(GetTopItem());
-    const bool topStays = top != nullptr && top->Parent() == nullptr;
+    const auto top = RowNow(NodeOf(GetTopItem()));
+    const int hidden = HiddenPartOfTopRow(*this);
     model_->Cleared();
     for (const auto& root : tree_.Roots()) {
         if (root->Expanded())
             Expand(ItemOf(root.get()));
     }
     ShowSelection();
-    if (topStays)
-        EnsureVisible(ItemOf(top));
+    if (top)
+        ScrollTo(*this, *top, hidden);
+}
+
+// Where the story of a node stands that the view still shows; the place where it stood when it has gone.
+std::optional<ListRow> NewsTreeView::RowNow(const NewsNode* shownBefore) const
+{
+    if (shownBefore == nullptr)
+        return std::nullopt;
+    const NewsNode* root = shownBefore->Parent();
+    if (root == nullptr)
+        return ListRow{IndexOf(tree_.Roots(), shownBefore)};
+    ListRow row{IndexOf(tree_.Roots(), root)};
+    const int items = static_cast<int>(root->Children().size());
+    if (const NewsNode* same = tree_.Find(Hold(*shownBefore)))
+        row.child = IndexOf(root->Children(), same);
+    else if (items > 0)
+        row.child = std::clamp(ItemNumber(shownBefore->Key()), 1, items) - 1;
+    return row;
 }
 
 void NewsTreeView::NodeChanged(const NewsNode& node)
@@ -189,7 +215,6 @@ void NewsTreeView::BindEvents()
         }
     });
     const auto toggled = [this](wxDataViewEvent& event, bool expanded) {
-        toggled_ = true;
         if (showing_)
             return;
         const Showing showing(showing_);
@@ -197,20 +222,45 @@ void NewsTreeView::BindEvents()
     };
     Bind(wxEVT_DATAVIEW_ITEM_EXPANDED, [toggled](wxDataViewEvent& event) { toggled(event, true); });
     Bind(wxEVT_DATAVIEW_ITEM_COLLAPSED, [toggled](wxDataViewEvent& event) { toggled(event, false); });
-    Bind(wxEVT_LEFT_UP, [this](wxMouseEvent& event) {
-        event.Skip();
-        // The selection is the view's own business and settled only afterwards. A click that opens or closes
-        // a branch is no click on a node.
-        toggled_ = false;
-        CallAfter([this] {
-            if (!toggled_)
-                Click(TreeClicks::kLeftButton);
-        });
+    Bind(wxEVT_LEFT_UP, &NewsTreeView::OnLeftUp, this);
+    Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, [this](wxDataViewEvent& event) {
+        if (NewsNode* node = NodeOf(event.GetItem()); node != nullptr && node->Parent() == nullptr)
+            tree_.SetExpanded(*node, !node->Expanded());
     });
-    Bind(wxEVT_DATAVIEW_ITEM_CONTEXT_MENU,
-        [this](wxDataViewEvent&) { CallAfter([this] { Click(TreeClicks::kRightButton); }); });
+    Bind(wxEVT_DATAVIEW_ITEM_CONTEXT_MENU, [this](wxDataViewEvent&) {
+        {
+            const Showing showing(showing_);
+            ShowSelection(); // the press has selected the row, and the focus is to go with it
+        }
+        Click(TreeClicks::kRightButton);
+    });
     Bind(wxEVT_KEY_DOWN, &NewsTreeView::OnKey, this);
     Bind(wxEVT_MOTION, &NewsTreeView::OnMotion, this);
+}
+
+void NewsTreeView::OnLeftUp(wxMouseEvent& event)
+{
+    event.Skip();
+    // The selection is the view's own business and settled only afterwards.
+    if (IsOnRow(event.GetPosition()))
+        CallAfter([this] { Click(TreeClicks::kLeftButton); });
+}
+
+// The arrow of a branch, left of its caption, is no part of its row, and neither is the empty area.
+bool NewsTreeView::IsOnRow(const wxPoint& position) const
+{
+    wxDataViewItem item;
+    wxDataViewColumn* column = nullptr;
+    HitTest(position, item, column);
+    return item.IsOk() && (NodeOf(item)->Parent() != nullptr || position.x >= GetItemRect(item, column).x);
+}
+
+void NewsTreeView::ShowPopup(wxMenu& menu)
+{
+    if (byKey_)
+        OpenPopupAt(menu, *this, GetItemRect(GetSelection(), GetColumn(0)));
+    else
+        OpenPopup(menu, *this);
 }
 
 // Shows the whole text of the row under the pointer, which the narrow tree cuts.
@@ -232,9 +282,11 @@ void NewsTreeView::OnKey(wxKeyEvent& event)
     const bool menu = key == WXK_WINDOWS_MENU || key == WXK_MENU || (key == WXK_F10 && event.ShiftDown());
     if (key == WXK_RETURN || key == WXK_NUMPAD_ENTER || key == WXK_SPACE)
         Click(TreeClicks::kLeftButton);
-    else if (menu)
+    else if (menu) {
+        byKey_ = true;
         Click(TreeClicks::kRightButton);
-    else if (!ToggleBranch(key))
+        byKey_ = false;
+    } else if (!ToggleBranch(key))
         event.Skip();
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "feeds/NewsTree.h"
+#include "platform/NativeList.h"
 #include "shell/TreeClicks.h"
 
 #include <array>
+#include <optional>
 #include <wx/bmpbndl.h>
 #include <wx/dataview.h>
 
@@ -16,6 +18,10 @@ public:
     // Attaches itself to `tree`; both `tree` and `clicks` outlive it.
     NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks);
     ~NewsTreeView() override;
+
+    // Opens `menu` for the click under way: at the pointer, or at the selected row when a key asked for it.
+    // Its choices come to the parent window as wxEVT_MENU.
+    void ShowPopup(wxMenu& menu);
 
 private:
     class Model;
@@ -30,14 +36,17 @@ private:
     void OnKey(wxKeyEvent& event);
     void OnMotion(wxMouseEvent& event);
     void Click(std::int16_t button);
+    [[nodiscard]] std::optional<ListRow> RowNow(const NewsNode* shownBefore) const;
     void ShowSelection();
+    void OnLeftUp(wxMouseEvent& event);
+    [[nodiscard]] bool IsOnRow(const wxPoint& position) const;
     [[nodiscard]] bool ToggleBranch(int key);
 
     NewsTree& tree_;
     TreeClicks& clicks_;
     wxObjectDataPtr<Model> model_;
     bool showing_ = false; // what the view reports meanwhile is not the user's doing
-    bool toggled_ = false; // the click under way opened or closed a branch
+    bool byKey_ = false; // the click under way was made with a key
 };
 
 } // namespace vantro

@@ -27,12 +27,11 @@ std::string ErrorKind(std::int32_t e)
 } // namespace
 
 RefreshCycle::RefreshCycle(FeedServices services, Controls controls, const FeedHosts& hosts,
-    std::filesystem::path folder, MinuteTimer& tmrDownload,
-    std::function<void(const std::string&)> showMessage)
+    std::filesystem::path folder, MinuteTimer& tmrDownload, Outlets outlets)
     : services_(std::move(services)),
       folder_(std::move(folder)),
       tmrDownload_(tmrDownload),
-      showMessage_(std::move(showMessage)),
+      outlets_(std::move(outlets)),
       feeds_{{{&controls.Vantro_Download, &modVANTRO, hosts.vantro + "/vantro/vantro.xml"},
           {controls.download[0], &modXBINS, hosts.xbins + "/xbins.xml"},
           {controls.download[1], &modXBOXSCENE, hosts.xboxScene + "/xbox1data/xbox-scene.xml"},
@@ -64,14 +63,20 @@ void RefreshCycle::StartRefreshTimer()
     }
 }
 
+void RefreshCycle::StopRefreshTimer()
+{
+    tmrDownload_.Disable();
+    outlets_.showCountdown({});
+}
+
 void RefreshCycle::tmrDownload_Timer()
 {
     const std::int64_t minutes = IntervalMinutes();
     const std::int64_t left = minutes - MinuteCount;
     if (left == 1)
-        services_.say("Checking for new items in 1 minute");
+        outlets_.showCountdown("Checking for new items in 1 minute");
     else if (left >= 2)
-        services_.say("Checking for new items in " + std::to_string(left) + " minutes");
+        outlets_.showCountdown("Checking for new items in " + std::to_string(left) + " minutes");
 
     if (MinuteCount >= minutes) {
         StartFeedDownloads();
@@ -95,7 +100,7 @@ void RefreshCycle::DLComplete(const Feed& feed)
 
 void RefreshCycle::download_DLError(int index, std::int32_t e, const std::string& error)
 {
-    showMessage_(std::to_string(index) + "> Error - " + ErrorKind(e) + ": " + error);
+    outlets_.showMessage(index, std::to_string(index) + "> Error - " + ErrorKind(e) + ": " + error);
 }
 
 } // namespace vantro

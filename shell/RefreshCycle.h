@@ -31,10 +31,17 @@ public:
         std::array<DownloadEngine*, 3> download;
     };
 
-    // `showMessage` shows a box with that text; it may return before the box is closed.
+    // Where its news go besides the tree. All return at once.
+    struct Outlets {
+        // A box about a news site's download, by its index; a newer one may take the place of one that
+        // stands.
+        std::function<void(int index, const std::string& text)> showMessage;
+        // The countdown in the status bar; an empty text takes it away.
+        std::function<void(const std::string& text)> showCountdown;
+    };
+
     RefreshCycle(FeedServices services, Controls controls, const FeedHosts& hosts,
-        std::filesystem::path folder, MinuteTimer& tmrDownload,
-        std::function<void(const std::string&)> showMessage);
+        std::filesystem::path folder, MinuteTimer& tmrDownload, Outlets outlets);
 
     // Starts a check of all feeds and returns at once. A feed whose download is still under way goes on with
     // that one.
@@ -42,7 +49,8 @@ public:
     // Arms the timer and sets the minute count to 0 if periodic checking is on and its minutes are above 0;
     // else changes nothing.
     void StartRefreshTimer();
-    void StopRefreshTimer() { tmrDownload_.Disable(); }
+    // Takes the countdown away as well.
+    void StopRefreshTimer();
     // To be called at each tick.
     void tmrDownload_Timer();
 
@@ -60,7 +68,7 @@ private:
     FeedServices services_;
     std::filesystem::path folder_;
     MinuteTimer& tmrDownload_;
-    std::function<void(const std::string&)> showMessage_;
+    Outlets outlets_;
     std::array<Feed, 4> feeds_; // in the order in which a check starts them
 };
 

@@ -12,6 +12,9 @@ void TreeClicks::tv_Click()
         return;
     const std::string tag = node->Tag();
     if (LastButton == kRightButton) {
+        popupItem_.reset();
+        if (node->Parent() != nullptr)
+            popupItem_ = Hold(*node);
         actions_.showPopup(IsUnread(tag), IsItemTag(tag) && !IsUnread(tag));
     } else if (LastButton == kLeftButton) {
         const std::string key = node->Key();
@@ -20,6 +23,11 @@ void TreeClicks::tv_Click()
         else if (IsItemTag(tag))
             actions_.showMessage("Unknown item tag!. Please contact Tobrin");
     }
+}
+
+NewsNode* TreeClicks::PopupItem() const
+{
+    return popupItem_ ? tree_.Find(*popupItem_) : nullptr;
 }
 
 } // namespace vantro

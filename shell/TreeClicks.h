@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace vantro {
@@ -25,11 +26,16 @@ public:
     // Acts by the button pressed last. With no node selected it does nothing.
     void tv_Click();
 
+    // The item for which the popup was opened last, wherever a merge has put it since. Null when it was
+    // opened for a site, or the story is gone.
+    [[nodiscard]] NewsNode* PopupItem() const;
+
     std::int16_t LastButton = kNoButton;
 
 private:
     NewsTree& tree_;
     Actions actions_;
+    std::optional<HeldItem> popupItem_;
 };
 
 } // namespace vantro

@@ -5,6 +5,7 @@
 #include "feeds/InformationPages.h"
 #include "feeds/ReadMarks.h"
 #include "feeds/SiteModules.h"
+#include "platform/ModalInput.h"
 #include "platform/TextCoding.h"
 #include "shell/Icons.h"
 #include "shell/StartUp.h"
@@ -22,19 +23,6 @@ namespace {
 
 constexpr std::size_t kLongestMessage = 300; // characters in the status bar
 
-enum MenuId : int {
-    mnuSettings = wxID_HIGHEST + 1,
-    mnuHelp,
-    mnudonations,
-    mnuAbout1,
-    mnuMarkRead,
-    mnuMarkUnread,
-    mnuRefresh,
-    mnuHelp1,
-    mnudonations1,
-    mnuAbout,
-};
-
 } // namespace
 
 frmMain::frmMain(Runtime& runtime)
@@ -44,9 +32,9 @@ frmMain::frmMain(Runtime& runtime)
           {[this](const SiteModule& module, const std::string& key) { ShowPage(module, key); },
               [this](bool markRead, bool markUnread) { ShowPopup(markRead, markUnread); },
               [this](const std::string& text) {
-                  messages_.Show({std::string(ProductName), text});
+                  messages_.Show({"click", std::string(ProductName), text});
               }}),
-      messages_(this, runtime.pump),
+      messages_(this),
       tmrDownload_(this),
       tv_(new NewsTreeView(this, runtime.tree, clicks_)),
       picDownload_(
@@ -61,13 +49,17 @@ frmMain::frmMain(Runtime& runtime)
     webPlace_->SetSizer(new wxBoxSizer(wxVERTICAL));
     SetIcons(ProgramIcons());
     CreateStatusBar(1, wxSTB_DEFAULT_STYLE, wxID_ANY, "sBar");
+    SetStatusBarPane(-1); // menus would put their help, which they do not have, over what stands there
     MakeMenus();
     refresh_ = std::make_unique<RefreshCycle>(Services(),
         RefreshCycle::Controls{Vantro_Download_->Engine(),
             {&download_[0]->Engine(), &download_[1]->Engine(), &download_[2]->Engine()}},
-        runtime_.hosts, runtime_.folder.Path(), tmrDownload_, [this](const std::string& text) {
-            messages_.Show({std::string(ProductName), text});
-        });
+        runtime_.hosts, runtime_.folder.Path(), tmrDownload_,
+        RefreshCycle::Outlets{
+            [this](int index, const std::string& text) {
+                messages_.Show({"download " + std::to_string(index), std::string(ProductName), text});
+            },
+            [this](const std::string& text) { ShowCountdown(text); }});
     BindEvents();
 }
 
@@ -82,8 +74,9 @@ bkDLControl* frmMain::MakeDownload(wxWindow* parent, std::string_view name)
     auto* control = new bkDLControl(parent, runtime_.reader, runtime_.pump);
     control->SetName(wxString::FromUTF8(name.data(), name.size()));
     control->ReadProperties(SavedProperties("frmMain", name));
-    control->ShowStartFailure = [this](const std::string& title, const std::string& text) {
-        messages_.Show({title, text, true});
+    control->ShowStartFailure = [this, subject = "start of " + std::string(name)](
+                                    const std::string& title, const std::string& text) {
+        messages_.Show({subject, title, text, true});
     };
     return control;
 }
@@ -126,22 +119,17 @@ void frmMain::BindEvents()
                 show(*display_);
         };
     };
-    const auto mark = [this](void (*change)(const FeedServices&, NewsNode&)) {
-        return [this, change] {
-            if (NewsNode* node = runtime_.tree.SelectedItem())
-                change(Services(), *node);
-        };
-    };
     on({mnuSettings}, [this] { mnuSettings_Click(); });
     on({mnuHelp, mnuHelp1}, page(ShowHelpPage));
     on({mnudonations, mnudonations1}, page(ShowDonationsPage));
     on({mnuAbout, mnuAbout1}, page(ShowAboutPage));
-    on({mnuMarkRead}, mark(MarkRead));
-    on({mnuMarkUnread}, mark(MarkUnread));
+    on({mnuMarkRead}, [this] { MarkPopupItem(MarkRead); });
+    on({mnuMarkUnread}, [this] { MarkPopupItem(MarkUnread); });
     on({mnuRefresh}, [this] { refresh_->StartFeedDownloads(); });
     Bind(
         wxEVT_TIMER, [this](wxTimerEvent&) { refresh_->tmrDownload_Timer(); }, tmrDownload_.GetId());
-    Bind(wxEVT_CLOSE_WINDOW, &frmMain::OnClose, this);
+    Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { Form_Unload(); });
+    HearCloseRequests(*this);
 }
 
 void frmMain::Form_Load()
@@ -176,6 +164,8 @@ void frmMain::InitMainWindow()
 
 void frmMain::LoadPages()
 {
+    if (unloaded_)
+        return;
     web_ = std::make_unique<Browser>(webPlace_, runtime_.folder.Path(), [this] { display_->BrowserLost(); });
     webPlace_->GetSizer()->Add(web_->Window(), 1, wxEXPAND);
     webPlace_->Layout();
@@ -184,7 +174,7 @@ void frmMain::LoadPages()
 
     LoadStoredItems(Services());
     web_->SetSilent(true);
-    runtime_.pump.RunPending();
+    Update(); // the window paints before the network starts
     if (runtime_.registry.ReadRegValue(RegRoot, RegPath, "Check At Startup") == 1)
         refresh_->StartFeedDownloads();
     RefreshAllSiteCounts(Services());
@@ -198,18 +188,6 @@ void frmMain::LoadPages()
         Say(notice);
 }
 
-// Destroying the window inside a pass of the event pump would pull the ground from under what runs there.
-void frmMain::OnClose(wxCloseEvent& event)
-{
-    if (event.CanVeto())
-        event.Veto();
-    runtime_.pump.RequestStop();
-    runtime_.pump.WhenUnwound([window = wxWeakRef<frmMain>(this)] {
-        if (window)
-            window->Form_Unload();
-    });
-}
-
 void frmMain::Form_Unload()
 {
     if (std::exchange(unloaded_, true))
@@ -219,6 +197,7 @@ void frmMain::Form_Unload()
     SaveWindowSize(ThisForm());
     if (options_)
         options_->Close(true);
+    tmrDownload_.Stop();
     Destroy();
 }
 
@@ -236,8 +215,13 @@ void frmMain::ShowPopup(bool markRead, bool markUnread)
 {
     mnuPopup_->Enable(mnuMarkRead, markRead);
     mnuPopup_->Enable(mnuMarkUnread, markUnread);
-    const WxEventPump::Pass pass(runtime_.pump);
-    PopupMenu(mnuPopup_.get());
+    tv_->ShowPopup(*mnuPopup_);
+}
+
+void frmMain::MarkPopupItem(void (*mark)(const FeedServices&, NewsNode&))
+{
+    if (NewsNode* item = clicks_.PopupItem())
+        mark(Services(), *item);
 }
 
 void frmMain::ShowPage(const SiteModule& module, const std::string& nodeKey)
@@ -258,9 +242,18 @@ void frmMain::Say(const std::string& text)
     GetStatusBar()->SetStatusText(wxString::FromUTF8(OneLine(text, kLongestMessage)));
 }
 
+void frmMain::ShowCountdown(const std::string& text)
+{
+    if (!text.empty())
+        Say(text);
+    else if (!countdown_.empty() && GetStatusBar()->GetStatusText() == countdown_)
+        Say({});
+    countdown_ = text.empty() ? wxString() : GetStatusBar()->GetStatusText();
+}
+
 FeedServices frmMain::Services()
 {
-    return {runtime_.store, runtime_.registry, runtime_.tree, runtime_.pump,
+    return {runtime_.store, runtime_.registry, runtime_.tree, [this] { Update(); },
         [this](const std::string& text) { Say(text); }};
 }
 

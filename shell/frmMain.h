@@ -26,6 +26,20 @@ class bkDLControl;
 // The main window: the news tree, the browser, the download strips, the status bar and the menus.
 class frmMain final : public wxFrame {
 public:
+    // What the menu entries send as wxEVT_MENU.
+    enum MenuId : int {
+        mnuSettings = wxID_HIGHEST + 1,
+        mnuHelp,
+        mnudonations,
+        mnuAbout1,
+        mnuMarkRead,
+        mnuMarkUnread,
+        mnuRefresh,
+        mnuHelp1,
+        mnudonations1,
+        mnuAbout,
+    };
+
     // `runtime` outlives the window. Form_Load() is to follow.
     explicit frmMain(Runtime& runtime);
     ~frmMain() override;
@@ -56,15 +70,16 @@ private:
     [[nodiscard]] bkDLControl* MakeDownload(wxWindow* parent, std::string_view name);
     void MakeMenus();
     void BindEvents();
-    void OnClose(wxCloseEvent& event);
     [[nodiscard]] Form ThisForm();
     [[nodiscard]] MainWindowParts Parts();
 
     void mnuSettings_Click();
+    void MarkPopupItem(void (*mark)(const FeedServices&, NewsNode&));
     void ShowPopup(bool markRead, bool markUnread);
     void ShowPage(const SiteModule& module, const std::string& nodeKey);
 
     void Say(const std::string& text);
+    void ShowCountdown(const std::string& text);
     [[nodiscard]] FeedServices Services();
 
     Runtime& runtime_;
@@ -85,6 +100,7 @@ private:
     std::unique_ptr<RefreshCycle> refresh_;
     std::unique_ptr<Browser> web_; // from LoadPages() on
     std::unique_ptr<PageDisplay> display_; // goes before the browser it uses
+    wxString countdown_; // as it was shown last
     bool unloaded_ = false;
 };
 

@@ -203,10 +203,25 @@ TEST_F(PageDisplayTest, ANewerPageTakesThePlaceOfOneUnderWayAtAnyStep)
     lateFiles(LoadEnd::Complete);
     EXPECT_EQ(FilesIn(run_), ofC) << "the files of one display are never touched by another";
     ShowHelpPage(*display_);
-    EXPECT_EQ(shown_, 0);
+    EXPECT_EQ(shown_, 3) << "each one's counts are to follow its mark";
     EXPECT_TRUE(FilesIn(run_).contains("help.htm"));
     display_.reset();
     EXPECT_TRUE(fs::is_empty(run_)) << "closing leaves nothing behind";
+}
+
+TEST_F(PageDisplayTest, ShowsTheStoryThatWasClickedWhereverAMergePutsIt)
+{
+    ReceiveTitles(modXBINS, {"A", "B"});
+    Show(modXBINS);
+    ReceiveTitles(modXBINS, {"New", "A", "B"});
+    Answer();
+    EXPECT_NE(browser_.files["xbins-title.htm"].find("http://news.example/A"), std::string::npos);
+    EXPECT_EQ(UnreadTitles(modXBINS), (Titles{"New", "B"}));
+    Show(modXBINS);
+    ReceiveTitles(modXBINS, {"Newer", "A", "B"});
+    Answer();
+    EXPECT_EQ(browser_.sentTo.back(), "about:blank") << "the story has gone, and no other takes its place";
+    EXPECT_EQ(UnreadTitles(modXBINS), (Titles{"Newer", "B"}));
 }
 
 TEST_F(PageDisplayTest, SaysWhatWentWrongAndEnds)

@@ -3,6 +3,7 @@
 #include "shell/RefreshCycle.h"
 #include "shell/TreeClicks.h"
 #include "tests/support/FeedFixture.h"
+#include "tests/support/TestPump.h"
 
 namespace vantro {
 
@@ -21,20 +22,23 @@ class RefreshCycleTest : public FeedFixture {
 protected:
     std::string Tick()
     {
-        said_.clear();
+        countdown_.clear();
         cycle_.tmrDownload_Timer();
-        return said_.empty() ? "" : said_.back();
+        return countdown_;
     }
 
     AsyncRead reader_{[] {}};
+    test::TestPump pump_;
     std::array<DownloadEngine, 4> engines_{
         DownloadEngine{reader_, pump_}, {reader_, pump_}, {reader_, pump_}, {reader_, pump_}};
     FakeTimer timer_;
     std::vector<std::string> boxes_;
+    std::string countdown_;
     // "refused:" is no address that can be read, so every download ends in an error while it is begun.
     RefreshCycle cycle_{Services(), {engines_[0], {&engines_[1], &engines_[2], &engines_[3]}},
         {"refused:", "refused:", "refused:", "refused:", {}}, folder_.Path(), timer_,
-        [this](const std::string& text) { boxes_.push_back(text); }};
+        {[this](int, const std::string& text) { boxes_.push_back(text); },
+            [this](const std::string& text) { countdown_ = text; }}};
 };
 
 TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
@@ -123,6 +127,14 @@ TEST_F(FeedFixture, ClicksActOnTheSelectedNodeByTheButtonPressedLast)
     EXPECT_EQ(click(TreeClicks::kLeftButton), "page xbsc1");
     EXPECT_EQ(click(TreeClicks::kRightButton), "popup read -");
     EXPECT_EQ(click(4), "");
+    ReceiveTitles(modXBOXSCENE, {"New", "A"});
+    EXPECT_EQ(clicks.PopupItem(), tree_->Find("xbsc2")) << "an open popup belongs to its story";
+    ReceiveTitles(modXBOXSCENE, {"Newer", "A"});
+    tree_->Select(tree_->Find("xbsc1"));
+    click(TreeClicks::kRightButton);
+    ReceiveTitles(modXBOXSCENE, {"A", "Newest"});
+    EXPECT_EQ(clicks.PopupItem(), nullptr) << "gone, and the site is no item";
+    tree_->Select(tree_->Find("xbsc1"));
     tree_->SetState(*tree_->Find("xbsc1"), {TreeImage::ItemRead, false, "<READ>"});
     EXPECT_EQ(click(TreeClicks::kRightButton), "popup - unread");
     tree_->SetState(*tree_->Find("XBINS"), {TreeImage::Site, false, "<READ>"});

@@ -26,21 +26,6 @@ private:
     std::filesystem::path path_;
 };
 
-// Counts the passes, and runs what the test wants to happen inside the next one.
-class ScriptedPump final : public EventPump {
-public:
-    void RunPending() override
-    {
-        ++passes;
-        if (const auto action = std::exchange(next, {}))
-            action();
-    }
-    bool RunUntil(const std::function<bool()>& /*done*/) override { return false; }
-
-    int passes = 0;
-    std::function<void()> next;
-};
-
 using Titles = std::vector<std::string>;
 
 // A store on disk, the tree with its roots, and the site operations, told in the words of the feeds.
@@ -69,14 +54,15 @@ protected:
     }
     FeedServices Services()
     {
-        return {*store_, *registry_, *tree_, pump_, [this](const auto& text) { said_.push_back(text); }};
+        return {*store_, *registry_, *tree_, [this] { ++paints_; },
+            [this](const auto& text) { said_.push_back(text); }};
     }
 
     TemporaryFolder folder_;
     std::unique_ptr<RegistryStore> store_;
     std::unique_ptr<modRegistry> registry_;
     std::unique_ptr<NewsTree> tree_;
-    ScriptedPump pump_;
+    int paints_ = 0;
     std::vector<std::string> said_;
 };
 

@@ -22,10 +22,6 @@ public:
     }
     void Close() { isClosing_ = true; } // as when the program closes: RunUntil() returns false
 
-    void RunPending() override
-    {
-        RunUntil([this] { return std::lock_guard(mutex_), events_.empty(); });
-    }
     // Also false, with a failure of the test, when nothing came of it for 20 seconds.
     bool RunUntil(const std::function<bool()>& done) override
     {

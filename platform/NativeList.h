@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+
+class wxDataViewCtrl;
+
+namespace vantro {
+
+// What the window library does not offer of the native list below its wxDataViewCtrl.
+
+// Scroll bars that stay, in place of ones that show under the pointer only.
+void ShowScrollBars(wxDataViewCtrl& list);
+
+// Letters typed in the list do nothing. The toolkit's own search would take the focus, and leave the list
+// without a selection.
+void IgnoreLetters(wxDataViewCtrl& list);
+
+// A row by its place: a root, or one of a root's children.
+struct ListRow {
+    int root = 0;
+    std::optional<int> child = {};
+};
+
+// Pixels of the first visible row that are scrolled out of sight.
+[[nodiscard]] int HiddenPartOfTopRow(wxDataViewCtrl& list);
+// Makes `row` the first visible one, with `hidden` pixels of it out of sight, as far as the list reaches.
+void ScrollTo(wxDataViewCtrl& list, const ListRow& row, int hidden);
+
+} // namespace vantro

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vantro {
+
+// A message as a box can show it: at most 400 characters, the cut shown by an ellipsis; a word that is wider
+// than a line, such as an address, is broken into lines. Line ends stay; a text that needs none of this comes
+// back as it is.
+[[nodiscard]] std::string ReadableText(std::string_view utf8);
+
+} // namespace vantro
