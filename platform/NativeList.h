@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 
 class wxDataViewCtrl;
@@ -23,7 +24,11 @@ struct ListRow {
 
 // Pixels of the first visible row that are scrolled out of sight.
 [[nodiscard]] int HiddenPartOfTopRow(wxDataViewCtrl& list);
-// Makes `row` the first visible one, with `hidden` pixels of it out of sight, as far as the list reaches.
+// Makes `row` the first visible one, as far as the list reaches, before the list is painted next.
+void ScrollTo(wxDataViewCtrl& list, const ListRow& row);
+// The same at once, with `hidden` pixels of the row out of sight. Right when the rows have been measured.
 void ScrollTo(wxDataViewCtrl& list, const ListRow& row, int hidden);
+// Calls `then` from the event loop when the toolkit has measured all rows; never when the list goes before.
+void WhenMeasured(wxDataViewCtrl& list, std::function<void()> then);
 
 } // namespace vantro

@@ -1,7 +1,10 @@
 #include "platform/NativeList.h"
 
 #include <gtk/gtk.h>
+#include <memory>
+#include <utility>
 #include <wx/dataview.h>
+#include <wx/weakref.h>
 
 namespace vantro {
 
@@ -10,6 +13,15 @@ namespace {
 GtkTreeView* TreeOf(wxDataViewCtrl& list)
 {
     return GTK_TREE_VIEW(list.GtkGetTreeView());
+}
+
+using Path = std::unique_ptr<GtkTreePath, decltype(&gtk_tree_path_free)>;
+
+Path PathOf(const ListRow& row)
+{
+    return {row.child ? gtk_tree_path_new_from_indices(row.root, *row.child, -1)
+                      : gtk_tree_path_new_from_indices(row.root, -1),
+        gtk_tree_path_free};
 }
 
 // Where the row begins in the whole list, scrolled out or not.
@@ -37,25 +49,43 @@ void IgnoreLetters(wxDataViewCtrl& list)
 int HiddenPartOfTopRow(wxDataViewCtrl& list)
 {
     GtkTreeView* tree = TreeOf(list);
-    GtkTreePath* top = nullptr;
-    if (gtk_tree_view_get_visible_range(tree, &top, nullptr) == FALSE)
+    GtkTreePath* first = nullptr;
+    if (gtk_tree_view_get_visible_range(tree, &first, nullptr) == FALSE)
         return 0;
+    const Path top(first, gtk_tree_path_free);
     GdkRectangle visible;
     gtk_tree_view_get_visible_rect(tree, &visible);
-    const int hidden = visible.y - TopOf(tree, top);
-    gtk_tree_path_free(top);
-    return hidden;
+    return visible.y - TopOf(tree, top.get());
+}
+
+void WhenMeasured(wxDataViewCtrl& list, std::function<void()> then)
+{
+    struct Waiting {
+        wxWeakRef<wxDataViewCtrl> list;
+        std::function<void()> then;
+    };
+    // The toolkit measures rows in idle calls of a higher priority.
+    g_idle_add_full(
+        G_PRIORITY_DEFAULT_IDLE,
+        [](gpointer data) -> gboolean {
+            const auto* waiting = static_cast<Waiting*>(data);
+            if (waiting->list)
+                waiting->then();
+            return G_SOURCE_REMOVE;
+        },
+        new Waiting{&list, std::move(then)}, [](gpointer data) { delete static_cast<Waiting*>(data); });
+}
+
+void ScrollTo(wxDataViewCtrl& list, const ListRow& row)
+{
+    gtk_tree_view_scroll_to_cell(TreeOf(list), PathOf(row).get(), nullptr, TRUE, 0, 0);
 }
 
 void ScrollTo(wxDataViewCtrl& list, const ListRow& row, int hidden)
 {
     GtkTreeView* tree = TreeOf(list);
-    GtkTreePath* path = row.child ? gtk_tree_path_new_from_indices(row.root, *row.child, -1)
-                                  : gtk_tree_path_new_from_indices(row.root, -1);
-    gtk_tree_view_scroll_to_cell(tree, path, nullptr, TRUE, 0, 0);
-    GtkAdjustment* vertical = gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(tree));
-    gtk_adjustment_set_value(vertical, TopOf(tree, path) + hidden);
-    gtk_tree_path_free(path);
+    gtk_adjustment_set_value(
+        gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(tree)), TopOf(tree, PathOf(row).get()) + hidden);
 }
 
 } // namespace vantro

@@ -142,33 +142,48 @@ void NewsTreeView::BranchReplaced(const NewsNode& /*root*/)
 {
     // Cleared() costs a fraction of removing and adding the rows, but the view then forgets how it stood.
     const Showing showing(showing_);
-    const auto top = RowNow(NodeOf(GetTopItem()));
-    const int hidden = HiddenPartOfTopRow(*this);
+    KeepPlace();
     model_->Cleared();
     for (const auto& root : tree_.Roots()) {
         if (root->Expanded())
             Expand(ItemOf(root.get()));
     }
     ShowSelection();
-    if (top)
-        ScrollTo(*this, *top, hidden);
+    if (place_)
+        ScrollTo(*this, PlaceNow());
 }
 
-// Where the story of a node stands that the view still shows; the place where it stood when it has gone.
-std::optional<ListRow> NewsTreeView::RowNow(const NewsNode* shownBefore) const
+// Until the toolkit has measured the new rows the view does not say where it stands; then the place that was
+// kept before counts.
+void NewsTreeView::KeepPlace()
 {
-    if (shownBefore == nullptr)
-        return std::nullopt;
-    const NewsNode* root = shownBefore->Parent();
-    if (root == nullptr)
-        return ListRow{IndexOf(tree_.Roots(), shownBefore)};
+    const NewsNode* top = NodeOf(GetTopItem());
+    if (place_ || top == nullptr)
+        return;
+    const bool isItem = top->Parent() != nullptr;
+    place_ = Place{isItem ? top->Parent()->Key() : top->Key(),
+        isItem ? std::optional(Hold(*top)) : std::nullopt, HiddenPartOfTopRow(*this)};
+    WhenMeasured(*this, [this] { RestorePlace(); });
+}
+
+// The row of the story kept, or the place where it stood when it has gone.
+ListRow NewsTreeView::PlaceNow() const
+{
+    const NewsNode* root = tree_.Find(place_->root);
     ListRow row{IndexOf(tree_.Roots(), root)};
     const int items = static_cast<int>(root->Children().size());
-    if (const NewsNode* same = tree_.Find(Hold(*shownBefore)))
-        row.child = IndexOf(root->Children(), same);
-    else if (items > 0)
-        row.child = std::clamp(ItemNumber(shownBefore->Key()), 1, items) - 1;
+    if (!place_->item || items == 0)
+        return row;
+    const NewsNode* same = tree_.Find(*place_->item);
+    row.child = same != nullptr ? IndexOf(root->Children(), same)
+                                : std::clamp(ItemNumber(place_->item->key), 1, items) - 1;
     return row;
+}
+
+void NewsTreeView::RestorePlace()
+{
+    ScrollTo(*this, PlaceNow(), place_->hidden);
+    place_.reset();
 }
 
 void NewsTreeView::NodeChanged(const NewsNode& node)
@@ -257,6 +272,7 @@ bool NewsTreeView::IsOnRow(const wxPoint& position) const
 
 void NewsTreeView::ShowPopup(wxMenu& menu)
 {
+    UnsetToolTip(); // one that is about to show would lie over the menu
     if (byKey_)
         OpenPopupAt(menu, *this, GetItemRect(GetSelection(), GetColumn(0)));
     else

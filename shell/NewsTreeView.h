@@ -6,6 +6,7 @@
 
 #include <array>
 #include <optional>
+#include <string>
 #include <wx/bmpbndl.h>
 #include <wx/dataview.h>
 
@@ -26,6 +27,13 @@ public:
 private:
     class Model;
 
+    // What stands in the first visible row.
+    struct Place {
+        std::string root;
+        std::optional<HeldItem> item;
+        int hidden = 0; // pixels of the row that are out of sight
+    };
+
     void RootAdded(const NewsNode& root) override;
     void BranchReplaced(const NewsNode& root) override;
     void NodeChanged(const NewsNode& node) override;
@@ -36,7 +44,9 @@ private:
     void OnKey(wxKeyEvent& event);
     void OnMotion(wxMouseEvent& event);
     void Click(std::int16_t button);
-    [[nodiscard]] std::optional<ListRow> RowNow(const NewsNode* shownBefore) const;
+    void KeepPlace();
+    [[nodiscard]] ListRow PlaceNow() const;
+    void RestorePlace();
     void ShowSelection();
     void OnLeftUp(wxMouseEvent& event);
     [[nodiscard]] bool IsOnRow(const wxPoint& position) const;
@@ -46,6 +56,7 @@ private:
     TreeClicks& clicks_;
     wxObjectDataPtr<Model> model_;
     bool showing_ = false; // what the view reports meanwhile is not the user's doing
+    std::optional<Place> place_; // what the view is to stand at again, until it does
     bool byKey_ = false; // the click under way was made with a key
 };
 

@@ -1,0 +1,145 @@
+#include "shell/NewsTreeView.h"
+#include "tests/window/WindowTest.h"
+
+#include <gtk/gtk.h>
+#include <string>
+#include <wx/frame.h>
+#include <wx/menu.h>
+#include <wx/sizer.h>
+#include <wx/uiaction.h>
+
+namespace vantro::test {
+namespace {
+
+// The list on the screen over a tree of two sites.
+class NewsTreeViewTest : public testing::Test {
+protected:
+    NewsTreeViewTest()
+    {
+        for (const char* site : {"XBINS", "XBOXSCENE"})
+            tree.AddRoot({site, site, {TreeImage::Site, false, site}}, Colour{255, 255, 192});
+        Merge("XBINS", 1, 40);
+        Merge("XBOXSCENE", 1, 40);
+        frame->SetSizer(new wxBoxSizer(wxVERTICAL));
+        frame->GetSizer()->Add(view, 1, wxEXPAND);
+        menu.Append(wxID_ANY, "Entry");
+        EXPECT_TRUE(ShowAndSettle(*frame));
+        view->SetFocus();
+    }
+    ~NewsTreeViewTest() override { DestroyAndWait(*frame); }
+
+    // A feed whose titles are the numbers from `first` on.
+    void Merge(const std::string& site, int first, int count)
+    {
+        std::vector<NodeData> items;
+        for (int i = 1; i <= count; ++i)
+            items.push_back(
+                {(site == "XBINS" ? "xbin" : "xbsc") + std::to_string(i), std::to_string(first++), {}});
+        tree.ReplaceBranch(*tree.Find(site), std::move(items));
+    }
+    NewsNode& Site(const char* key) { return *tree.Find(key); }
+    [[nodiscard]] wxRect Row(const char* key) const
+    {
+        return view->GetItemRect(wxDataViewItem(tree.Find(key)), view->GetColumn(0));
+    }
+    void Press(wxPoint place, int button, bool twice = false)
+    {
+        wxUIActionSimulator mouse;
+        mouse.MouseMove(view->ClientToScreen(place));
+        Rest();
+        mouse.MouseClick(button);
+        Rest();
+        if (twice)
+            mouse.MouseClick(button);
+        Rest();
+    }
+    static void Rest()
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(150);
+        (void)PumpUntil([end] { return std::chrono::steady_clock::now() > end; });
+    }
+    [[nodiscard]] std::string TopRow() const
+    {
+        const auto* node = static_cast<const NewsNode*>(view->GetTopItem().GetID());
+        return node != nullptr ? node->Text() : "none";
+    }
+    [[nodiscard]] bool MenuIsOpen() const { return gtk_widget_get_visible(menu.m_menu) != FALSE; }
+
+    NewsTree tree;
+    std::string clicks;
+    wxMenu menu;
+    NewsTreeView* view = nullptr;
+    TreeClicks handler{tree,
+        {[this](const SiteModule&, const std::string& key) { clicks += key + " "; },
+            [this](bool, bool) {
+                clicks += "popup ";
+                view->ShowPopup(menu);
+            },
+            [this](const std::string&) { clicks += "message "; }}};
+    wxFrame* frame = new wxFrame(nullptr, wxID_ANY, "List", wxPoint(100, 100), wxSize(300, 300));
+    int made = (view = new NewsTreeView(frame, tree, handler), 0);
+};
+
+TEST_F(NewsTreeViewTest, ArrowAndDoubleClickOpenABranchWithoutAClickOnItsItems)
+{
+    tree.SetExpanded(Site("XBINS"), true);
+    tree.Select(tree.Find("xbin2"));
+    Rest();
+    const wxRect row = Row("XBINS");
+    const wxPoint arrow(row.x - 8, row.y + row.height / 2);
+    Press(arrow, wxMOUSE_BTN_LEFT);
+    EXPECT_FALSE(Site("XBINS").Expanded());
+    Press(arrow, wxMOUSE_BTN_LEFT);
+    EXPECT_TRUE(Site("XBINS").Expanded());
+    Press(row.GetPosition() + wxPoint(30, 5), wxMOUSE_BTN_LEFT, true);
+    EXPECT_FALSE(Site("XBINS").Expanded());
+    Press(wxPoint(150, 200), wxMOUSE_BTN_LEFT); // below the rows
+    EXPECT_EQ(clicks, "");
+}
+
+TEST_F(NewsTreeViewTest, KeepsItsPlaceThroughMerges)
+{
+    for (const char* site : {"XBINS", "XBOXSCENE"})
+        tree.SetExpanded(Site(site), true);
+    tree.Select(tree.Find("XBINS"));
+    Rest();
+    GtkAdjustment* scroll = gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(view->GtkGetTreeView()));
+    for (const double place : {300.0, 1207.0}) { // in the first branch and in the second
+        gtk_adjustment_set_value(scroll, place);
+        Rest();
+        const std::string top = TopRow();
+        const double before = gtk_adjustment_get_value(scroll);
+        ASSERT_EQ(before, place);
+        Merge("XBOXSCENE", 1, 42); // the branch below, or the one in sight with two more at its end
+        Rest();
+        EXPECT_EQ(gtk_adjustment_get_value(scroll), before);
+        Merge("XBINS", -1, 42); // two more items above the rows in sight
+        Rest();
+        EXPECT_EQ(TopRow(), top);
+        EXPECT_GT(gtk_adjustment_get_value(scroll), before);
+        Merge("XBINS", 1, 40);
+        Rest();
+        EXPECT_EQ(gtk_adjustment_get_value(scroll), before);
+    }
+}
+
+TEST_F(NewsTreeViewTest, KeysAndRightClicksKeepFocusAndSelectionTogether)
+{
+    tree.Select(tree.Find("XBINS"));
+    wxUIActionSimulator().Char('3');
+    Rest();
+    EXPECT_TRUE(view->HasFocus());
+    EXPECT_EQ(view->GetSelection().GetID(), tree.Find("XBINS"));
+    Press(Row("XBOXSCENE").GetPosition() + wxPoint(20, 5), wxMOUSE_BTN_RIGHT);
+    EXPECT_EQ(clicks, "popup ");
+    EXPECT_TRUE(MenuIsOpen());
+    EXPECT_EQ(tree.SelectedItem(), tree.Find("XBOXSCENE"));
+    EXPECT_EQ(view->GetCurrentItem().GetID(), tree.Find("XBOXSCENE"));
+    Merge("XBINS", 5, 3);
+    EXPECT_TRUE(MenuIsOpen()) << "a merge does not close it";
+    wxUIActionSimulator().Char(WXK_ESCAPE);
+    ASSERT_TRUE(PumpUntil([this] { return !MenuIsOpen(); }));
+}
+
+} // namespace
+} // namespace vantro::test
