@@ -20,7 +20,7 @@ constexpr int kBesideTitle = 120; // what the window manager's buttons take of t
 
 MessageDialog::MessageDialog(wxWindow* parent, const std::string& title, const std::string& text,
     bool stopIcon, std::function<void()> closed)
-    : wxDialog(parent, wxID_ANY, wxString::FromUTF8(title), wxDefaultPosition, wxDefaultSize, wxCAPTION,
+    : wxDialog(parent, wxID_ANY, wxString::FromUTF8(title), wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE,
         "messageBox"),
       texts_(new wxBoxSizer(wxVERTICAL)),
       closed_(std::move(closed))
@@ -52,6 +52,7 @@ void MessageDialog::SetText(const std::string& text)
 {
     texts_->Clear(true);
     texts_->Add(CreateTextSizer(wxString::FromUTF8(ReadableText(text)), FromDIP(kWidestText)));
+    SetMinSize(wxDefaultSize);
     GetSizer()->SetSizeHints(this);
     CentreOnParent();
 }

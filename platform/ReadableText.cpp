@@ -1,6 +1,6 @@
 #include "platform/ReadableText.h"
 
-#include "platform/TextCoding.h"
+#include <cstddef>
 
 namespace vantro {
 
@@ -9,25 +9,9 @@ namespace {
 constexpr std::size_t kLongestText = 400; // characters
 constexpr std::size_t kLongestWord = 56; // characters, about the width of a line
 
-bool IsInsideCharacter(char byte)
+bool BeginsCharacter(char byte)
 {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
-std::string BreakWords(std::string_view line)
-{
-    std::string broken;
-    std::size_t word = 0;
-    for (const char byte : line) {
-        if (!IsInsideCharacter(byte) && ++word > kLongestWord) {
-            broken += '\n';
-            word = 1;
-        }
-        if (byte == ' ')
-            word = 0;
-        broken += byte;
-    }
-    return broken;
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
 } // namespace
@@ -35,16 +19,21 @@ std::string BreakWords(std::string_view line)
 std::string ReadableText(std::string_view utf8)
 {
     std::string readable;
-    std::size_t left = kLongestText;
-    while (left > 0) {
-        const std::size_t end = utf8.find('\n');
-        const std::string line = OneLine(utf8.substr(0, end), left);
-        left -= std::min(left, line.size() + 1);
-        readable += BreakWords(line);
-        if (end == std::string_view::npos)
-            break;
-        readable += '\n';
-        utf8.remove_prefix(end + 1);
+    std::size_t length = 0;
+    std::size_t word = 0;
+    for (const char byte : utf8) {
+        if (byte == '\r')
+            continue;
+        if (BeginsCharacter(byte)) {
+            if (++length > kLongestText)
+                return readable + "\xE2\x80\xA6";
+            word = byte == ' ' || byte == '\n' ? 0 : word + 1;
+            if (word > kLongestWord) {
+                readable += '\n';
+                word = 1;
+            }
+        }
+        readable += byte;
     }
     return readable;
 }
