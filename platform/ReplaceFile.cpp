@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
+#include <unistd.h>
 
 namespace vantro {
 namespace {
@@ -30,7 +31,8 @@ std::optional<std::string> ReplaceFile(const std::string& path, const std::strin
     const std::string name = path.substr(path.rfind('/') + 1);
     if (name.empty() || name == "." || name == "..")
         return Describe(EISDIR);
-    const std::string part = path + ".part";
+    // Not the name with something added: that would be too long where the name itself just fits.
+    const std::string part = path.substr(0, path.size() - name.size()) + ".part-" + std::to_string(getpid());
     std::remove(part.c_str());
     std::optional<std::string> failure = WriteBytes(part, bytes);
     if (!failure && std::rename(part.c_str(), path.c_str()) != 0)

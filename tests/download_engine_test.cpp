@@ -91,6 +91,10 @@ TEST_F(DownloadEngineTest, TellsAWholeTransferAndReplacesALongerFile)
     server.Serve("/f/a.xml", "HTTP/1.1 200 OK\r\n\r\nsizeless");
     EXPECT_EQ(Download("/f/a.xml"), "Connected 127.0.0.1 | Size 0 | Begin | Progress 0 8 0 | Complete 8 | ");
     EXPECT_EQ(engine->MIMEType(), "") << "of the earlier one";
+    const std::string longest(255, 'n');
+    server.Serve("/" + longest, HttpText("200 OK", "kept"));
+    EXPECT_TRUE(Begin("/" + longest, true)) << log;
+    EXPECT_EQ(FileText(longest), "kept");
 }
 
 TEST_F(DownloadEngineTest, TreatsARedirectAsItsTwoFlagsSay)
