@@ -81,7 +81,7 @@ bkDLControl::bkDLControl(wxWindow* parent, AsyncRead& reader, EventPump& pump)
       foreColor_(kButtonText),
       borderStyle_(kSingleLine),
       engine_(reader, pump,
-          {.Refresh = [this] { RepaintNow(); },
+          {.Refresh = [this] { Refresh(); },
               .ShowStartFailure
               = [this](const std::string& title, const std::string& text) { ShowStartFailure(title, text); },
               .PropertyChanged = [this](std::string_view name) { MarkChanged(name); }})
@@ -251,9 +251,9 @@ void bkDLControl::MarkChanged(std::string_view name)
         PropertyChanged(name);
 }
 
-void bkDLControl::RepaintNow()
+void bkDLControl::Refresh(bool eraseBackground, const wxRect* area)
 {
-    Refresh();
+    wxWindow::Refresh(eraseBackground, area);
     Update();
 }
 

@@ -68,6 +68,9 @@ public:
     void ReadProperties(const PropertyBag& bag);
     void WriteProperties(PropertyBag& bag) const;
 
+    // Repaints at once: it has been painted when this returns, unless it is not on the screen.
+    void Refresh(bool eraseBackground = true, const wxRect* area = nullptr) override;
+
     [[nodiscard]] bool AcceptsFocus() const override { return false; }
     [[nodiscard]] bool AcceptsFocusFromKeyboard() const override { return false; }
 
@@ -81,7 +84,6 @@ private:
     void RaiseMouse(
         const MouseEvents::Handler& handler, std::int16_t button, const wxMouseEvent& event) const;
     void MarkChanged(std::string_view name);
-    void RepaintNow();
 
     std::uint32_t backColor_;
     std::uint32_t foreColor_;

@@ -52,6 +52,13 @@ protected:
 TEST_F(DownloadControlTest, DrawsAsMuchOfTheBarAsHasArrivedAndTakesItAwayAtTheEnd)
 {
     EXPECT_TRUE(PumpUntil([&] { return BarWidth() == 0; }));
+    int paints = 0;
+    control->Bind(wxEVT_PAINT, [&](wxPaintEvent& event) {
+        ++paints;
+        event.Skip();
+    });
+    control->Refresh();
+    EXPECT_EQ(paints, 1) << "and no event had to be handled";
     // Half of it arrives, and no more.
     server.Serve("/half", "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + std::string(500, 'x'),
         HttpServer::Then::Stall);
