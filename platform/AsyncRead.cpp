@@ -1,33 +1,19 @@
 #include "platform/AsyncRead.h"
 
+#include "platform/ReadQueues.h"
 #include "platform/Transfer.h"
 
 #include <algorithm>
 #include <csignal>
-#include <deque>
-#include <mutex>
 #include <optional>
 #include <stop_token>
 #include <thread>
 #include <utility>
-#include <vector>
 
 namespace vantro {
 namespace {
-constexpr int kIdlePollMs = 60'000; // an order wakes the poll; this is only how long it may sleep otherwise
-
-struct Order {
-    enum class Kind { Begin, Follow, Cancel };
-    Kind kind;
-    ReadTicket ticket;
-    std::string address;
-};
-
-struct Note {
-    ReadTicket ticket;
-    bool isComplete;
-    AsyncProperty property;
-};
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::minutes kIdlePoll(1); // an order wakes the poll; this is only how long it may sleep
 
 struct CurlLibrary {
     CurlLibrary() { curl_global_init(CURL_GLOBAL_DEFAULT); }
@@ -46,10 +32,9 @@ public:
     Worker& operator=(const Worker&) = delete;
 
     // Interface thread.
-    [[nodiscard]] bool IsUsable() const { return multi_ != nullptr; }
-    void Give(Order order);
-    std::size_t CountWaiting();
-    std::optional<Note> TakeNote();
+    [[nodiscard]] bool IsUsable() const { return isUsable_; }
+    void Give(ReadOrder order) { orders_.Give(std::move(order)); }
+    [[nodiscard]] NoteQueue& Notes() { return notes_; }
 
 private:
     using Transfers = std::map<ReadTicket, std::unique_ptr<Transfer>>;
@@ -57,28 +42,28 @@ private:
     // Worker thread.
     void Run(const std::stop_token& stop);
     void Obey(Transfers& transfers);
+    [[nodiscard]] std::unique_ptr<Transfer> Begin(ReadOrder& order);
     void EndHops();
-    void Post(Note note);
+    [[nodiscard]] int PollTime(const Transfers& transfers);
 
     CurlLibrary library_;
     std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi_;
+    // Without the means to wake it, for want of descriptors, the worker would sleep through every order.
+    const bool isUsable_;
     TransferSettings settings_;
-    const std::function<void()> wake_;
-
-    std::mutex mutex_;
-    std::deque<Order> orders_; // guarded by mutex_
-    std::deque<Note> notes_; // guarded by mutex_
-    bool wakeAsked_ = false; // guarded by mutex_
-
+    OrderQueue orders_;
+    NoteQueue notes_;
     std::jthread thread_; // last, so it is joined before what it uses goes
 };
 
 AsyncRead::Worker::Worker(std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent)
     : multi_(curl_multi_init(), curl_multi_cleanup),
+      isUsable_(multi_ && curl_multi_wakeup(multi_.get()) == CURLM_OK),
       settings_{multi_.get(), limits, userAgent},
-      wake_(std::move(wake))
+      orders_(multi_.get()),
+      notes_(std::move(wake))
 {
-    if (multi_)
+    if (isUsable_)
         thread_ = std::jthread([this](const std::stop_token& stop) { Run(stop); });
 }
 
@@ -87,32 +72,6 @@ AsyncRead::Worker::~Worker()
     thread_.request_stop();
     if (multi_)
         curl_multi_wakeup(multi_.get());
-}
-
-void AsyncRead::Worker::Give(Order order)
-{
-    {
-        const std::lock_guard lock(mutex_);
-        orders_.push_back(std::move(order));
-    }
-    curl_multi_wakeup(multi_.get());
-}
-
-std::size_t AsyncRead::Worker::CountWaiting()
-{
-    const std::lock_guard lock(mutex_);
-    wakeAsked_ = false;
-    return notes_.size();
-}
-
-std::optional<Note> AsyncRead::Worker::TakeNote()
-{
-    const std::lock_guard lock(mutex_);
-    if (notes_.empty())
-        return std::nullopt;
-    std::optional<Note> note(std::move(notes_.front()));
-    notes_.pop_front();
-    return note;
 }
 
 void AsyncRead::Worker::Run(const std::stop_token& stop)
@@ -129,41 +88,52 @@ void AsyncRead::Worker::Run(const std::stop_token& stop)
         int running = 0;
         CURLMcode code = curl_multi_perform(multi_.get(), &running);
         EndHops();
+        for (auto& [ticket, transfer] : transfers)
+            transfer->EndIfLate();
         std::erase_if(
             transfers, [](const auto& t) { return t.second->Standing() == Transfer::State::Ended; });
+        notes_.WakeIfDue();
         if (code == CURLM_OK)
-            code = curl_multi_poll(multi_.get(), nullptr, 0, kIdlePollMs, nullptr);
+            code = curl_multi_poll(multi_.get(), nullptr, 0, PollTime(transfers), nullptr);
         if (code != CURLM_OK) {
             for (auto& [ticket, transfer] : transfers)
                 transfer->Fail(curl_multi_strerror(code));
             transfers.clear();
+            orders_.Wait(stop); // or the loop would spin for as long as the fault lasts
         }
     }
 }
 
+int AsyncRead::Worker::PollTime(const Transfers& transfers)
+{
+    const auto now = Clock::now();
+    auto end = notes_.Due().value_or(now + kIdlePoll);
+    for (const auto& [ticket, transfer] : transfers)
+        end = std::min(end, transfer->Deadline());
+    end = std::clamp(end, now, now + kIdlePoll);
+    return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(end - now).count());
+}
+
+std::unique_ptr<Transfer> AsyncRead::Worker::Begin(ReadOrder& order)
+{
+    return std::make_unique<Transfer>(settings_, std::move(order.address),
+        [this, ticket = order.ticket, flows = false](AsyncProperty&& property, bool isComplete) mutable {
+            const bool isData = property.StatusCode == ReadStatusCode::DataArriving;
+            notes_.Post({ticket, isComplete, std::move(property)}, isData && !std::exchange(flows, true));
+        });
+}
+
 void AsyncRead::Worker::Obey(Transfers& transfers)
 {
-    std::deque<Order> orders;
-    {
-        const std::lock_guard lock(mutex_);
-        orders.swap(orders_);
-    }
-    for (Order& order : orders) {
-        const ReadTicket ticket = order.ticket;
-        const auto known = transfers.find(ticket);
+    for (ReadOrder& order : orders_.TakeAll()) {
+        const auto known = transfers.find(order.ticket);
         switch (order.kind) {
-        case Order::Kind::Begin:
-            transfers.emplace(ticket,
-                std::make_unique<Transfer>(settings_, std::move(order.address),
-                    [this, ticket](AsyncProperty&& property, bool isComplete) {
-                        Post({ticket, isComplete, std::move(property)});
-                    }));
-            break;
-        case Order::Kind::Follow:
+        case ReadOrder::Kind::Begin: transfers.emplace(order.ticket, Begin(order)); break;
+        case ReadOrder::Kind::Follow:
             if (known != transfers.end())
                 known->second->Follow();
             break;
-        case Order::Kind::Cancel:
+        case ReadOrder::Kind::Cancel:
             if (known != transfers.end())
                 transfers.erase(known);
             break;
@@ -184,25 +154,6 @@ void AsyncRead::Worker::EndHops()
     }
 }
 
-void AsyncRead::Worker::Post(Note note)
-{
-    {
-        const std::lock_guard lock(mutex_);
-        if (note.property.StatusCode == ReadStatusCode::DataArriving) {
-            const auto latest = std::find_if(notes_.rbegin(), notes_.rend(),
-                [&](const Note& waiting) { return waiting.ticket == note.ticket; });
-            if (latest != notes_.rend() && latest->property.StatusCode == ReadStatusCode::DataArriving) {
-                *latest = std::move(note);
-                return;
-            }
-        }
-        notes_.push_back(std::move(note));
-        if (std::exchange(wakeAsked_, true))
-            return;
-    }
-    wake_();
-}
-
 AsyncRead::AsyncRead(std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent)
     : worker_(std::make_unique<Worker>(std::move(wake), limits, userAgent))
 {
@@ -219,36 +170,37 @@ std::variant<ReadTicket, ReadRefused> AsyncRead::Begin(const std::string& addres
         return ReadRefused{CURLE_FAILED_INIT, curl_easy_strerror(CURLE_FAILED_INIT)};
     const ReadTicket ticket = ++lastTicket_;
     clients_.emplace(ticket, &client);
-    worker_->Give({Order::Kind::Begin, ticket, std::move(std::get<std::string>(checked))});
+    worker_->Give({ReadOrder::Kind::Begin, ticket, std::move(std::get<std::string>(checked))});
     return ticket;
 }
 
 void AsyncRead::Cancel(ReadTicket ticket)
 {
     if (clients_.erase(ticket) != 0)
-        worker_->Give({Order::Kind::Cancel, ticket, {}});
+        worker_->Give({ReadOrder::Kind::Cancel, ticket});
 }
 
 void AsyncRead::Deliver()
 {
-    for (std::size_t waiting = worker_->CountWaiting(); waiting > 0; --waiting) {
-        const std::optional<Note> note = worker_->TakeNote();
+    NoteQueue& notes = worker_->Notes();
+    for (std::size_t waiting = notes.CountWaiting(); waiting > 0; --waiting) {
+        const std::optional<ReadNote> note = notes.Take();
         if (!note)
             return; // a Deliver() further down the stack took the rest
         const auto entry = clients_.find(note->ticket);
         if (entry == clients_.end())
             continue;
         AsyncReadClient& client = *entry->second;
-        const ReadStatusCode code = note->property.StatusCode;
-        if (note->isComplete || code == ReadStatusCode::Error)
+        if (note->IsLast()) {
             clients_.erase(entry); // before the call: the client may go inside it
-        if (note->isComplete) {
-            client.AsyncReadComplete(note->property);
-            continue;
+            notes.WakeForRest(); // before the call: the client may wait for another transfer inside it
+            note->isComplete ? client.AsyncReadComplete(note->property)
+                             : client.AsyncReadProgress(note->property);
+            return;
         }
         client.AsyncReadProgress(note->property);
-        if (code == ReadStatusCode::Redirecting && clients_.contains(note->ticket))
-            worker_->Give({Order::Kind::Follow, note->ticket, {}});
+        if (note->property.StatusCode == ReadStatusCode::Redirecting && clients_.contains(note->ticket))
+            worker_->Give({ReadOrder::Kind::Follow, note->ticket});
     }
 }
 

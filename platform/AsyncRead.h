@@ -17,14 +17,15 @@ enum class ReadStatusCode : int {
     Error = 0, // `Value` holds the sentence; nothing follows
     Connecting = 2, // `Status`: the server's numeric address, the first one tried
     Redirecting = 3, // `Status`: the absolute target; the transfer waits until the client has returned
-    BeginningData = 4, // `BytesMax`: the announced size, 0 when none was announced
+    BeginningData = 4, // `BytesMax`: the announced size, 0 when none was announced or the content is coded
     DataArriving = 5, // `BytesRead`, `BytesMax`
     EndOfData = 6, // `BytesRead`, `BytesMax`
     MimeTypeKnown = 13, // `Status`: such as "text/xml"; left out when the server names none
     CacheFileKnown = 14 // `Status`: a file name; this facility keeps no cache and never reports it
 };
 
-// One notification of a transfer. Sizes are bytes; what exceeds 32 bits is reported as the largest number.
+// One notification of a transfer. Sizes are bytes of decoded content; what exceeds 32 bits is reported as the
+// largest number.
 struct AsyncProperty {
     ReadStatusCode StatusCode = ReadStatusCode::Error;
     std::string Status = {};
@@ -48,7 +49,8 @@ struct ReadLimits {
     std::chrono::milliseconds connect
         = std::chrono::seconds(30); // name lookup, connection and TLS of one hop
     std::chrono::seconds silence = std::chrono::seconds(60); // no data, or a mere trickle, for so long
-    std::int64_t size = 64LL * 1024 * 1024; // bytes of content
+    std::chrono::seconds total = std::chrono::minutes(10); // all hops, however fast the data comes
+    std::int64_t size = 64LL * 1024 * 1024; // bytes of content, decoded
     int redirects = 10;
 };
 
@@ -56,12 +58,13 @@ using ReadTicket = std::uint64_t; // 0 names no transfer
 
 // Reads addresses in the background: all transfers share one worker thread that owns the libcurl handles; the
 // notifications wait in a queue until the interface thread takes them out with Deliver(). DataArriving is
-// merged while it waits, so a fast server cannot fill the queue. Every member but the constructor's callback
-// is used on the interface thread.
+// merged while it waits, so a fast server cannot fill the queue, and wakes at most 30 times a second. Every
+// member but the constructor's callback is used on the interface thread.
 class AsyncRead {
 public:
-    // `wake` is called on the worker thread whenever notifications wait; it must only see to it that the
-    // interface thread calls Deliver() soon. `userAgent` is the name servers see, such as "Vantro/1.0".
+    // `wake` is called whenever notifications wait, on the worker thread or inside Deliver(); it must only
+    // see to it that the interface thread calls Deliver() soon, in an event of its own. `userAgent` is the
+    // name servers see, such as "Vantro/1.0".
     explicit AsyncRead(
         std::function<void()> wake, const ReadLimits& limits = {}, const std::string& userAgent = "Vantro");
     // Abandons what is in flight, without notification, and joins the worker; well under a second, whatever
@@ -70,9 +73,11 @@ public:
     AsyncRead(const AsyncRead&) = delete;
     AsyncRead& operator=(const AsyncRead&) = delete;
 
-    // Starts reading `address` (http or https only) from its server, never from a cache. Redirects are
-    // followed one by one: the next request is sent only after the client has seen the Redirecting
-    // notification and has not cancelled. `client` must stay alive until the transfer ended or was cancelled.
+    // Starts reading `address` (http or https only) from its server, never from a cache. Content is asked for
+    // as it is; what comes compressed all the same is decoded. Cookies live as long as the transfer.
+    // Redirects are followed one by one: the next request is sent only after the client has seen the
+    // Redirecting notification and has not cancelled. `client` must stay alive until the transfer ended or
+    // was cancelled.
     [[nodiscard]] std::variant<ReadTicket, ReadRefused> Begin(
         const std::string& address, AsyncReadClient& client);
 
@@ -80,9 +85,10 @@ public:
     // ignored.
     void Cancel(ReadTicket ticket);
 
-    // Hands the notifications that wait now to their clients, in order; what arrives meanwhile has its own
-    // wake. A client may begin or cancel transfers, and may call Deliver() again (through an event pump),
-    // from inside a notification.
+    // Hands the notifications that wait now to their clients, in order, up to the first that ends a transfer:
+    // its client may have much to do, so the rest is left to another wake. What arrives meanwhile has its own
+    // wake, too. A client may begin or cancel transfers, and may call Deliver() again (through an event
+    // pump), from inside a notification.
     void Deliver();
 
 private:

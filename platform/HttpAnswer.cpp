@@ -90,6 +90,8 @@ void HttpAnswer::TakeField(std::string_view line)
         location_ = value;
     else if (name == "content-type")
         mimeType_ = Printable(Trim(value.substr(0, value.find(';'))));
+    else if (name == "content-encoding" && Lower(value) != "identity")
+        coding_ = Printable(value);
     else if (name == "transfer-encoding")
         isChunked_ = true;
     else if (name == "content-length"

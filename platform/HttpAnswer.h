@@ -22,8 +22,11 @@ public:
     [[nodiscard]] const std::string& Location() const { return location_; }
     // Such as "text/xml", without parameters; may be empty.
     [[nodiscard]] const std::string& MimeType() const { return mimeType_; }
-    // Announced size of the content in bytes, 0 when none was announced.
-    [[nodiscard]] std::int64_t Length() const { return isChunked_ ? 0 : length_; }
+    // Announced size of the content in bytes, 0 when none was announced. The size of a coded content says
+    // nothing about what it holds, so it counts as none.
+    [[nodiscard]] std::int64_t Length() const { return isChunked_ || !coding_.empty() ? 0 : length_; }
+    // How the content is coded, such as "gzip"; empty when it is not.
+    [[nodiscard]] const std::string& Coding() const { return coding_; }
     // Such as "404 Not Found", with the usual words when the server gave none.
     [[nodiscard]] std::string StatusText() const;
 
@@ -38,6 +41,7 @@ private:
     std::string reason_;
     std::string location_;
     std::string mimeType_;
+    std::string coding_;
 };
 
 } // namespace vantro

@@ -1,6 +1,9 @@
 #include "platform/Transfer.h"
 
+#include "platform/TransferFailure.h"
+
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <netdb.h>
 #include <sys/socket.h>
@@ -12,6 +15,7 @@ constexpr std::size_t kHeadLimit = 256UL * 1024; // bytes of header lines of one
 // Bytes a second. A server that drips a byte a second counts as silent, or its transfer would never end.
 constexpr long kSilentBelow = 10;
 constexpr std::int64_t kMiB = 1024LL * 1024;
+constexpr const char* kEndlessHead = "The header of the server's answer is too long";
 
 std::int32_t Clamp32(std::int64_t bytes)
 {
@@ -23,11 +27,18 @@ std::string SizeText(std::int64_t bytes)
 {
     return bytes % kMiB == 0 ? std::to_string(bytes / kMiB) + " MiB" : std::to_string(bytes) + " bytes";
 }
+
+std::string TimeText(std::chrono::seconds time)
+{
+    const auto count = time.count();
+    return count % 60 == 0 ? std::to_string(count / 60) + " minutes" : std::to_string(count) + " seconds";
+}
 } // namespace
 
 Transfer::Transfer(const TransferSettings& settings, std::string address, Post post)
     : settings_(settings),
       post_(std::move(post)),
+      deadline_(std::chrono::steady_clock::now() + settings.limits.total),
       address_(std::move(address)),
       headers_(curl_slist_append(nullptr, "Cache-Control: no-cache"), curl_slist_free_all),
       easy_(curl_easy_init(), curl_easy_cleanup)
@@ -67,7 +78,8 @@ void Transfer::SetUp()
     Set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(settings_.limits.silence.count()));
     Set(CURLOPT_USERAGENT, settings_.userAgent.c_str());
     Set(CURLOPT_HTTPHEADER, headers_.get());
-    Set(CURLOPT_ERRORBUFFER, errorText_.data());
+    Set(CURLOPT_ACCEPT_ENCODING, "identity"); // also makes libcurl decode whatever comes
+    Set(CURLOPT_COOKIEFILE, ""); // cookies, kept in this handle
     Set(CURLOPT_PRIVATE, this);
     Set(CURLOPT_HEADERFUNCTION, &Transfer::TakeHeader);
     Set(CURLOPT_HEADERDATA, this);
@@ -83,7 +95,6 @@ void Transfer::StartHop()
     stop_ = Stop::None;
     headSize_ = 0;
     addressReported_ = false;
-    errorText_.front() = '\0';
     Set(CURLOPT_URL, address_.c_str());
     if (setUp_ != CURLE_OK) {
         Fail(curl_easy_strerror(setUp_));
@@ -227,7 +238,7 @@ void Transfer::Follow()
     if (std::holds_alternative<std::string>(CheckWebAddress(address_)))
         StartHop();
     else
-        Fail("Redirected to " + address_ + ", which is neither http nor https");
+        Fail("Redirected to " + Shortened(address_) + ", which is neither http nor https");
 }
 
 void Transfer::Fail(const std::string& sentence)
@@ -237,22 +248,30 @@ void Transfer::Fail(const std::string& sentence)
     post_({.StatusCode = ReadStatusCode::Error, .Value = sentence}, false);
 }
 
+void Transfer::EndIfLate()
+{
+    if (state_ != State::Ended && std::chrono::steady_clock::now() >= deadline_)
+        Fail("The file had not arrived after " + TimeText(settings_.limits.total));
+}
+
 std::string Transfer::Describe(CURLcode code) const
 {
     switch (stop_) {
     case Stop::TooLarge: return "The file is larger than the " + SizeText(settings_.limits.size) + " allowed";
-    case Stop::EndlessHead: return "The header of the server's answer is too long";
+    case Stop::EndlessHead: return kEndlessHead;
     case Stop::NoMemory: return "Not enough memory for the file";
     case Stop::None: break;
     }
     curl_off_t untilRequest = 0;
     curl_easy_getinfo(easy_.get(), CURLINFO_PRETRANSFER_TIME_T, &untilRequest);
     if (code == CURLE_OPERATION_TIMEDOUT && untilRequest > 0)
-        return "The server sent almost nothing for " + std::to_string(settings_.limits.silence.count())
-            + " seconds";
-    if (code == CURLE_PARTIAL_FILE)
-        return "The connection broke off before the whole file had arrived";
-    return errorText_.front() != '\0' ? errorText_.data() : curl_easy_strerror(code);
+        return "The server sent almost nothing for " + TimeText(settings_.limits.silence);
+    if (code == CURLE_OUT_OF_MEMORY && untilRequest > 0 && !answer_.IsComplete())
+        return kEndlessHead; // one line longer than libcurl keeps
+    if (code == CURLE_BAD_CONTENT_ENCODING)
+        return "The server sent the file in a coding that cannot be read"
+            + (answer_.Coding().empty() ? "" : ": " + answer_.Coding());
+    return FailureSentence(code, Shortened(HostOf(address_)));
 }
 
 } // namespace vantro

@@ -3,7 +3,7 @@
 #include "platform/AsyncRead.h"
 #include "platform/HttpAnswer.h"
 
-#include <array>
+#include <chrono>
 #include <curl/curl.h>
 #include <memory>
 #include <string>
@@ -39,6 +39,9 @@ public:
     // The client has seen the redirect and wants it.
     void Follow();
     void Fail(const std::string& sentence);
+    // Ends the transfer when its time is up: to be called from Deadline() on.
+    void EndIfLate();
+    [[nodiscard]] std::chrono::steady_clock::time_point Deadline() const { return deadline_; }
 
 private:
     enum class Stop { None, TooLarge, EndlessHead, NoMemory }; // why a callback made libcurl stop
@@ -61,6 +64,7 @@ private:
 
     const TransferSettings& settings_;
     const Post post_;
+    const std::chrono::steady_clock::time_point deadline_;
     std::string address_; // of the present hop, or of the next one while consent is awaited
     State state_ = State::Running;
     int redirects_ = 0;
@@ -74,7 +78,6 @@ private:
     bool addressReported_ = false;
     std::string body_; // of a success alone, so only ever of the last hop
 
-    std::array<char, CURL_ERROR_SIZE> errorText_{};
     std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> headers_;
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy_; // last: it points into what stands above
 };

@@ -43,6 +43,12 @@ std::variant<std::string, ReadRefused> CheckWebAddress(const std::string& addres
     return ReadRefused{static_cast<std::int32_t>(code), curl_url_strerror(code)};
 }
 
+std::string HostOf(const std::string& address)
+{
+    const Url url(curl_url(), curl_url_cleanup);
+    return SetUrl(url.get(), address, kEncode) == CURLUE_OK ? Part(url.get(), CURLUPART_HOST) : "";
+}
+
 std::optional<std::string> ResolveRedirect(const std::string& base, const std::string& location)
 {
     const Url url(curl_url(), curl_url_cleanup);

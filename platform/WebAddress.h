@@ -18,6 +18,9 @@ struct ReadRefused {
 // guessed.
 [[nodiscard]] std::variant<std::string, ReadRefused> CheckWebAddress(const std::string& address);
 
+// The host that `address` names, or "" when it is no address.
+[[nodiscard]] std::string HostOf(const std::string& address);
+
 // What `location` means when the server at `base` redirects to it: an absolute address of any scheme, in
 // ASCII. Nothing when it is malformed or absurdly long.
 [[nodiscard]] std::optional<std::string> ResolveRedirect(

@@ -17,6 +17,7 @@ public:
         Close, // close the connection
         Stall, // say nothing more, until the client goes
         Drip, // five bytes a second
+        Patter, // a byte every millisecond
         Flood // bytes as fast as they go
     };
 
