@@ -26,14 +26,15 @@ struct CurlLibrary {
 // The worker thread and the two queues between it and the interface thread: orders in, notes out.
 class AsyncRead::Worker {
 public:
-    Worker(std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent);
+    Worker(std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent,
+        ProxyResolver proxies);
     ~Worker();
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
     // Interface thread.
     [[nodiscard]] bool IsUsable() const { return isUsable_; }
-    void Give(ReadOrder order) { orders_.Give(std::move(order)); }
+    void Give(ReadOrder order) { orders_->Give(std::move(order)); }
     [[nodiscard]] NoteQueue& Notes() { return notes_; }
 
 private:
@@ -51,16 +52,19 @@ private:
     // Without the means to wake it, for want of descriptors, the worker would sleep through every order.
     const bool isUsable_;
     TransferSettings settings_;
-    OrderQueue orders_;
+    ProxyLookup proxies_;
+    const std::shared_ptr<OrderQueue> orders_; // proxy lookups may outlive us
     NoteQueue notes_;
     std::jthread thread_; // last, so it is joined before what it uses goes
 };
 
-AsyncRead::Worker::Worker(std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent)
+AsyncRead::Worker::Worker(
+    std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent, ProxyResolver proxies)
     : multi_(curl_multi_init(), curl_multi_cleanup),
       isUsable_(multi_ && curl_multi_wakeup(multi_.get()) == CURLM_OK),
       settings_{multi_.get(), limits, userAgent},
-      orders_(multi_.get()),
+      proxies_(std::move(proxies)),
+      orders_(std::make_shared<OrderQueue>(multi_.get())),
       notes_(std::move(wake))
 {
     if (isUsable_)
@@ -70,8 +74,7 @@ AsyncRead::Worker::Worker(std::function<void()> wake, const ReadLimits& limits, 
 AsyncRead::Worker::~Worker()
 {
     thread_.request_stop();
-    if (multi_)
-        curl_multi_wakeup(multi_.get());
+    orders_->Close();
 }
 
 void AsyncRead::Worker::Run(const std::stop_token& stop)
@@ -99,7 +102,7 @@ void AsyncRead::Worker::Run(const std::stop_token& stop)
             for (auto& [ticket, transfer] : transfers)
                 transfer->Fail(curl_multi_strerror(code));
             transfers.clear();
-            orders_.Wait(stop); // or the loop would spin for as long as the fault lasts
+            orders_->Wait(stop); // or the loop would spin for as long as the fault lasts
         }
     }
 }
@@ -116,22 +119,33 @@ int AsyncRead::Worker::PollTime(const Transfers& transfers)
 
 std::unique_ptr<Transfer> AsyncRead::Worker::Begin(ReadOrder& order)
 {
-    return std::make_unique<Transfer>(settings_, std::move(order.address),
+    const auto ask = [this, ticket = order.ticket](const std::string& origin, std::stop_token stop) {
+        proxies_.Ask(origin, std::move(stop), [orders = orders_, ticket](ProxyAnswer answer) {
+            orders->Give({ReadOrder::Kind::UseProxies, ticket, {}, std::move(answer)});
+        });
+    };
+    return std::make_unique<Transfer>(
+        settings_, std::move(order.address),
         [this, ticket = order.ticket, flows = false](AsyncProperty&& property, bool isComplete) mutable {
             const bool isData = property.StatusCode == ReadStatusCode::DataArriving;
             notes_.Post({ticket, isComplete, std::move(property)}, isData && !std::exchange(flows, true));
-        });
+        },
+        proxies_.IsNeeded() ? Transfer::AskProxies(ask) : nullptr);
 }
 
 void AsyncRead::Worker::Obey(Transfers& transfers)
 {
-    for (ReadOrder& order : orders_.TakeAll()) {
+    for (ReadOrder& order : orders_->TakeAll()) {
         const auto known = transfers.find(order.ticket);
         switch (order.kind) {
         case ReadOrder::Kind::Begin: transfers.emplace(order.ticket, Begin(order)); break;
         case ReadOrder::Kind::Follow:
             if (known != transfers.end())
                 known->second->Follow();
+            break;
+        case ReadOrder::Kind::UseProxies:
+            if (known != transfers.end())
+                known->second->UseProxies(std::move(order.proxies));
             break;
         case ReadOrder::Kind::Cancel:
             if (known != transfers.end())
@@ -154,8 +168,9 @@ void AsyncRead::Worker::EndHops()
     }
 }
 
-AsyncRead::AsyncRead(std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent)
-    : worker_(std::make_unique<Worker>(std::move(wake), limits, userAgent))
+AsyncRead::AsyncRead(
+    std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent, ProxyResolver proxies)
+    : worker_(std::make_unique<Worker>(std::move(wake), limits, userAgent, std::move(proxies)))
 {
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ProxyLookup.h"
 #include "platform/WebAddress.h"
 
 #include <chrono>
@@ -47,7 +48,7 @@ public:
 // What a transfer may take. Tests shorten these.
 struct ReadLimits {
     std::chrono::milliseconds connect
-        = std::chrono::seconds(30); // name lookup, connection and TLS of one hop
+        = std::chrono::seconds(30); // name lookup, connection and TLS of one hop; also the proxy lookup
     std::chrono::seconds silence = std::chrono::seconds(60); // no data, or a mere trickle, for so long
     std::chrono::seconds total = std::chrono::minutes(10); // all hops, however fast the data comes
     std::int64_t size = 64LL * 1024 * 1024; // bytes of content, decoded
@@ -65,8 +66,10 @@ public:
     // `wake` is called whenever notifications wait, on the worker thread or inside Deliver(); it must only
     // see to it that the interface thread calls Deliver() soon, in an event of its own. `userAgent` is the
     // name servers see, such as "Vantro/1.0".
-    explicit AsyncRead(
-        std::function<void()> wake, const ReadLimits& limits = {}, const std::string& userAgent = "Vantro");
+    // `proxies` is asked before every hop; without it the environment decides, as it does where it knows
+    // nothing.
+    explicit AsyncRead(std::function<void()> wake, const ReadLimits& limits = {},
+        const std::string& userAgent = "Vantro", ProxyResolver proxies = {});
     // Abandons what is in flight, without notification, and joins the worker; well under a second, whatever
     // the servers do. REQUIRES: not called from inside Deliver().
     ~AsyncRead();

@@ -16,9 +16,18 @@ bool IsProgress(const ReadNote& note)
 void OrderQueue::Give(ReadOrder order)
 {
     const std::lock_guard lock(mutex_);
+    if (!multi_)
+        return;
     orders_.push_back(std::move(order));
     given_.notify_one();
     curl_multi_wakeup(multi_);
+}
+
+void OrderQueue::Close()
+{
+    const std::lock_guard lock(mutex_);
+    if (multi_)
+        curl_multi_wakeup(std::exchange(multi_, nullptr));
 }
 
 std::deque<ReadOrder> OrderQueue::TakeAll()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/AsyncRead.h"
+#include "platform/ProxyLookup.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -14,12 +15,13 @@
 
 namespace vantro {
 
-// What the interface thread wants of the worker of an AsyncRead.
+// What the interface thread, or one that looked up proxies, wants of the worker of an AsyncRead.
 struct ReadOrder {
-    enum class Kind { Begin, Follow, Cancel };
+    enum class Kind { Begin, Follow, Cancel, UseProxies };
     Kind kind;
     ReadTicket ticket;
     std::string address = {}; // of Begin
+    ProxyAnswer proxies = {}; // of UseProxies
 };
 
 // What the worker has to tell a client.
@@ -35,17 +37,20 @@ struct ReadNote {
 // The way in. Used by any thread, except as said.
 class OrderQueue {
 public:
-    // An order also ends a curl_multi_poll() of `multi`, which must outlive the queue.
+    // An order also ends a curl_multi_poll() of `multi`, which must live until Close().
     explicit OrderQueue(CURLM* multi) : multi_(multi) { }
 
+    // Does nothing after Close().
     void Give(ReadOrder order);
+    // Ends a curl_multi_poll() for the last time.
+    void Close();
     [[nodiscard]] std::deque<ReadOrder> TakeAll();
     // Sleeps until there is an order or `stop` is requested.
     void Wait(const std::stop_token& stop);
 
 private:
-    CURLM* const multi_;
     std::mutex mutex_;
+    CURLM* multi_; // guarded by mutex_; null when closed
     std::condition_variable_any given_;
     std::deque<ReadOrder> orders_; // guarded by mutex_
 };

@@ -14,7 +14,6 @@ namespace {
 constexpr std::size_t kHeadLimit = 256UL * 1024; // bytes of header lines of one hop, interim answers included
 // Bytes a second. A server that drips a byte a second counts as silent, or its transfer would never end.
 constexpr long kSilentBelow = 10;
-constexpr std::int64_t kMiB = 1024LL * 1024;
 constexpr const char* kEndlessHead = "The header of the server's answer is too long";
 
 std::int32_t Clamp32(std::int64_t bytes)
@@ -22,22 +21,12 @@ std::int32_t Clamp32(std::int64_t bytes)
     return static_cast<std::int32_t>(
         std::clamp<std::int64_t>(bytes, 0, std::numeric_limits<std::int32_t>::max()));
 }
-
-std::string SizeText(std::int64_t bytes)
-{
-    return bytes % kMiB == 0 ? std::to_string(bytes / kMiB) + " MiB" : std::to_string(bytes) + " bytes";
-}
-
-std::string TimeText(std::chrono::seconds time)
-{
-    const auto count = time.count();
-    return count % 60 == 0 ? std::to_string(count / 60) + " minutes" : std::to_string(count) + " seconds";
-}
 } // namespace
 
-Transfer::Transfer(const TransferSettings& settings, std::string address, Post post)
+Transfer::Transfer(const TransferSettings& settings, std::string address, Post post, AskProxies askProxies)
     : settings_(settings),
       post_(std::move(post)),
+      askProxies_(std::move(askProxies)),
       deadline_(std::chrono::steady_clock::now() + settings.limits.total),
       address_(std::move(address)),
       headers_(curl_slist_append(nullptr, "Cache-Control: no-cache"), curl_slist_free_all),
@@ -49,6 +38,7 @@ Transfer::Transfer(const TransferSettings& settings, std::string address, Post p
 
 Transfer::~Transfer()
 {
+    lookup_.request_stop();
     LeaveMulti();
 }
 
@@ -91,11 +81,36 @@ void Transfer::SetUp()
 
 void Transfer::StartHop()
 {
+    if (!askProxies_) {
+        Connect();
+        return;
+    }
+    state_ = State::AsksProxies;
+    lookupEnd_ = std::chrono::steady_clock::now() + settings_.limits.connect;
+    askProxies_(OriginOf(address_), lookup_.get_token());
+}
+
+void Transfer::UseProxies(ProxyAnswer answer)
+{
+    if (state_ != State::AsksProxies)
+        return;
+    proxies_ = std::move(answer.proxies);
+    if (answer.failure.empty())
+        Connect();
+    else
+        Fail(answer.failure);
+}
+
+void Transfer::Connect()
+{
     answer_ = {};
     stop_ = Stop::None;
     headSize_ = 0;
     addressReported_ = false;
     Set(CURLOPT_URL, address_.c_str());
+    // What the environment excepts from its own proxy says nothing about another.
+    Set(CURLOPT_PROXY, proxies_.empty() ? nullptr : proxies_.front().c_str());
+    Set(CURLOPT_NOPROXY, proxies_.empty() ? nullptr : "");
     if (setUp_ != CURLE_OK) {
         Fail(curl_easy_strerror(setUp_));
         return;
@@ -199,7 +214,13 @@ AsyncProperty Transfer::Progress(ReadStatusCode code) const
 void Transfer::HopEnded(CURLcode code)
 {
     const std::string failure = code == CURLE_OK ? "" : Describe(code);
+    const bool isNext = MayTryNextProxy(code);
     LeaveMulti();
+    if (isNext) {
+        proxies_.erase(proxies_.begin());
+        Connect();
+        return;
+    }
     if (stop_ == Stop::None && answer_.IsComplete() && answer_.IsRedirect()) {
         OnRedirect();
     } else if (stop_ == Stop::None && answer_.IsComplete() && !answer_.IsSuccess()) {
@@ -244,14 +265,37 @@ void Transfer::Follow()
 void Transfer::Fail(const std::string& sentence)
 {
     state_ = State::Ended;
+    lookup_.request_stop();
     LeaveMulti();
     post_({.StatusCode = ReadStatusCode::Error, .Value = sentence}, false);
 }
 
+std::chrono::steady_clock::time_point Transfer::Deadline() const
+{
+    return state_ == State::AsksProxies ? std::min(lookupEnd_, deadline_) : deadline_;
+}
+
 void Transfer::EndIfLate()
 {
-    if (state_ != State::Ended && std::chrono::steady_clock::now() >= deadline_)
+    const auto now = std::chrono::steady_clock::now();
+    if (state_ == State::Ended || now < Deadline())
+        return;
+    if (now >= deadline_)
         Fail("The file had not arrived after " + TimeText(settings_.limits.total));
+    else
+        Fail("The desktop did not say in time which proxy server to use");
+}
+
+bool Transfer::HasSentRequest() const
+{
+    curl_off_t untilRequest = 0;
+    curl_easy_getinfo(easy_.get(), CURLINFO_PRETRANSFER_TIME_T, &untilRequest);
+    return untilRequest > 0;
+}
+
+bool Transfer::MayTryNextProxy(CURLcode code) const
+{
+    return code != CURLE_OK && stop_ == Stop::None && proxies_.size() > 1 && !HasSentRequest();
 }
 
 std::string Transfer::Describe(CURLcode code) const
@@ -262,15 +306,17 @@ std::string Transfer::Describe(CURLcode code) const
     case Stop::NoMemory: return "Not enough memory for the file";
     case Stop::None: break;
     }
-    curl_off_t untilRequest = 0;
-    curl_easy_getinfo(easy_.get(), CURLINFO_PRETRANSFER_TIME_T, &untilRequest);
-    if (code == CURLE_OPERATION_TIMEDOUT && untilRequest > 0)
+    if (code == CURLE_OPERATION_TIMEDOUT && HasSentRequest())
         return "The server sent almost nothing for " + TimeText(settings_.limits.silence);
-    if (code == CURLE_OUT_OF_MEMORY && untilRequest > 0 && !answer_.IsComplete())
+    if (code == CURLE_OUT_OF_MEMORY && HasSentRequest() && !answer_.IsComplete())
         return kEndlessHead; // one line longer than libcurl keeps
     if (code == CURLE_BAD_CONTENT_ENCODING)
         return "The server sent the file in a coding that cannot be read"
             + (answer_.Coding().empty() ? "" : ": " + answer_.Coding());
+    long proxyStatus = 0; // of a tunnel through the proxy
+    curl_easy_getinfo(easy_.get(), CURLINFO_HTTP_CONNECTCODE, &proxyStatus);
+    if (proxyStatus >= 300)
+        code = CURLE_PROXY;
     return FailureSentence(code, Shortened(HostOf(address_)));
 }
 

@@ -5,9 +5,12 @@
 
 #include <chrono>
 #include <curl/curl.h>
+#include <functional>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantro {
 
@@ -22,13 +25,17 @@ struct TransferSettings {
 // abandons what is in flight, at once: QUICK_EXIT leaves a stalled name lookup to end by itself.
 class Transfer {
 public:
-    enum class State { Running, AwaitsConsent, Ended };
+    enum class State { AsksProxies, Running, AwaitsConsent, Ended };
     // Called on the worker thread, also from inside libcurl: it only hands the notification over.
     // `isComplete` tells AsyncReadComplete from AsyncReadProgress.
     using Post = std::function<void(AsyncProperty&& property, bool isComplete)>;
 
-    // Starts reading `address`. `settings` must outlive the transfer.
-    Transfer(const TransferSettings& settings, std::string address, Post post);
+    // Asks for the proxies to use for a server; UseProxies() brings the answer, unless `stop` was requested.
+    using AskProxies = std::function<void(const std::string& origin, std::stop_token stop)>;
+
+    // Starts reading `address`. `settings` must outlive the transfer. Without `askProxies` the environment
+    // decides about them.
+    Transfer(const TransferSettings& settings, std::string address, Post post, AskProxies askProxies);
     ~Transfer();
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
@@ -38,10 +45,11 @@ public:
     void HopEnded(CURLcode code);
     // The client has seen the redirect and wants it.
     void Follow();
+    void UseProxies(ProxyAnswer answer);
     void Fail(const std::string& sentence);
     // Ends the transfer when its time is up: to be called from Deadline() on.
     void EndIfLate();
-    [[nodiscard]] std::chrono::steady_clock::time_point Deadline() const { return deadline_; }
+    [[nodiscard]] std::chrono::steady_clock::time_point Deadline() const;
 
 private:
     enum class Stop { None, TooLarge, EndlessHead, NoMemory }; // why a callback made libcurl stop
@@ -54,6 +62,9 @@ private:
     void Set(CURLoption option, T value);
     void SetUp();
     void StartHop();
+    void Connect();
+    [[nodiscard]] bool MayTryNextProxy(CURLcode code) const;
+    [[nodiscard]] bool HasSentRequest() const;
     void LeaveMulti();
     bool OnHeader(std::string_view line);
     bool OnHeadComplete();
@@ -64,6 +75,7 @@ private:
 
     const TransferSettings& settings_;
     const Post post_;
+    const AskProxies askProxies_;
     const std::chrono::steady_clock::time_point deadline_;
     std::string address_; // of the present hop, or of the next one while consent is awaited
     State state_ = State::Running;
@@ -72,6 +84,9 @@ private:
     bool inMulti_ = false;
 
     // The present hop.
+    std::stop_source lookup_; // of the proxies
+    std::chrono::steady_clock::time_point lookupEnd_;
+    std::vector<std::string> proxies_; // still to be tried, the present one first
     HttpAnswer answer_;
     Stop stop_ = Stop::None;
     std::size_t headSize_ = 0;

@@ -49,6 +49,16 @@ std::string HostOf(const std::string& address)
     return SetUrl(url.get(), address, kEncode) == CURLUE_OK ? Part(url.get(), CURLUPART_HOST) : "";
 }
 
+std::string OriginOf(const std::string& address)
+{
+    const Url url(curl_url(), curl_url_cleanup);
+    if (SetUrl(url.get(), address, kEncode) != CURLUE_OK)
+        return {};
+    const std::string port = Part(url.get(), CURLUPART_PORT);
+    return Part(url.get(), CURLUPART_SCHEME) + "://" + Part(url.get(), CURLUPART_HOST)
+        + (port.empty() ? "" : ":" + port) + "/";
+}
+
 std::optional<std::string> ResolveRedirect(const std::string& base, const std::string& location)
 {
     const Url url(curl_url(), curl_url_cleanup);

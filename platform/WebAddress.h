@@ -21,6 +21,10 @@ struct ReadRefused {
 // The host that `address` names, or "" when it is no address.
 [[nodiscard]] std::string HostOf(const std::string& address);
 
+// The server that `address` names, such as "http://a.example:8080/", without user, path and query; "" when
+// it is no address.
+[[nodiscard]] std::string OriginOf(const std::string& address);
+
 // What `location` means when the server at `base` redirects to it: an absolute address of any scheme, in
 // ASCII. Nothing when it is malformed or absurdly long.
 [[nodiscard]] std::optional<std::string> ResolveRedirect(

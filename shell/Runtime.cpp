@@ -21,7 +21,7 @@ Runtime::Runtime(std::function<void()> wake)
       store(DataFolder() / "registry.db"),
       registry(store),
       folder(CacheFolder()),
-      reader(std::move(wake), {}, UserAgent())
+      reader(std::move(wake), {}, UserAgent(), AskDesktopForProxies)
 {
 }
 

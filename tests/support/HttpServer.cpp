@@ -10,9 +10,10 @@
 
 namespace vantro::test {
 namespace {
-// The tests speak to this machine only, whatever proxy its user has set. Before any thread reads the
-// environment.
-[[maybe_unused]] const int kNoProxy = setenv("no_proxy", "*", 1);
+// The tests speak to this machine only, whatever proxy its user has set in the environment or the desktop.
+// Before any thread reads the environment.
+[[maybe_unused]] const int kNoProxy
+    = setenv("no_proxy", "*", 1) + setenv("GIO_USE_PROXY_RESOLVER", "dummy", 1);
 
 bool Send(int socket, std::string_view data)
 {
