@@ -54,16 +54,15 @@ ProxyAnswer AskForProxies(GProxyResolver* resolver, const std::string& origin, c
     ProxyAnswer answer;
     for (char** proxy = found.get(); *proxy; ++proxy)
         answer.proxies.push_back(InNotationOfLibcurl(*proxy));
+    // GLib says "direct" also where nobody has set anything, and only some resolvers read the environment.
+    if (answer.proxies.size() == 1 && answer.proxies.front().empty())
+        answer.proxies.clear();
     return answer;
 }
 
 ProxyAnswer AskDesktopForProxies(const std::string& origin, const std::stop_token& stop)
 {
-    GProxyResolver* resolver = g_proxy_resolver_get_default();
-    // GLib's stand-in where no desktop offers a resolver. It says "direct" without having looked anywhere.
-    if (std::string_view(G_OBJECT_TYPE_NAME(resolver)) == "GDummyProxyResolver")
-        return {};
-    return AskForProxies(resolver, origin, stop);
+    return AskForProxies(g_proxy_resolver_get_default(), origin, stop);
 }
 
 ProxyLookup::ProxyLookup(ProxyResolver resolver)

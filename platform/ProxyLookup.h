@@ -23,10 +23,10 @@ struct ProxyAnswer {
 // several at a time; may block, and should return soon after `stop` was requested.
 using ProxyResolver = std::function<ProxyAnswer(const std::string& origin, const std::stop_token& stop)>;
 
-// Asks `resolver`.
+// Asks `resolver`. Nothing is known when it names no proxy at all.
 [[nodiscard]] ProxyAnswer AskForProxies(
     GProxyResolver* resolver, const std::string& origin, const std::stop_token& stop);
-// Asks what the desktop offers as its resolver; nothing is known where it offers none.
+// Asks the resolver that the desktop offers.
 [[nodiscard]] ProxyAnswer AskDesktopForProxies(const std::string& origin, const std::stop_token& stop);
 
 // Asks a resolver in the background.

