@@ -103,8 +103,7 @@ void HttpServer::Handle(int socket)
     lock.unlock();
     if (Send(socket, text) && then != Then::Close) {
         const std::string block(then == Then::Flood ? 64 * 1024 : 1, 'x');
-        const int pause = then == Then::Flood ? 0 : then == Then::Patter ? 1 : then == Then::Drip ? 200 : -1;
-        while (Wait(socket, pause) && Send(socket, block)) { }
+        while (Wait(socket, static_cast<int>(then)) && Send(socket, block)) { }
     }
     lock.lock();
     ++answers_[path].ended;

@@ -13,13 +13,9 @@ namespace vantro::test {
 // and ends them all when it goes.
 class HttpServer {
 public:
-    enum class Then {
-        Close, // close the connection
-        Stall, // say nothing more, until the client goes
-        Drip, // five bytes a second
-        Patter, // a byte every millisecond
-        Flood // bytes as fast as they go
-    };
+    // Close the connection; say nothing more until the client goes; or send bytes as fast as they go, or one
+    // byte after each so many milliseconds.
+    enum class Then { Close = -2, Stall = -1, Flood = 0, Patter = 1, Drip = 200 };
 
     HttpServer();
 
