@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 
 class wxDataViewCtrl;
@@ -26,9 +25,8 @@ struct ListRow {
 [[nodiscard]] int HiddenPartOfTopRow(wxDataViewCtrl& list);
 // Makes `row` the first visible one, as far as the list reaches, before the list is painted next.
 void ScrollTo(wxDataViewCtrl& list, const ListRow& row);
-// The same at once, with `hidden` pixels of the row out of sight. Right when the rows have been measured.
+// The same at once, with `hidden` pixels of the row out of sight. Right when the toolkit has measured the
+// rows, as it has when it is idle.
 void ScrollTo(wxDataViewCtrl& list, const ListRow& row, int hidden);
-// Calls `then` from the event loop when the toolkit has measured all rows; never when the list goes before.
-void WhenMeasured(wxDataViewCtrl& list, std::function<void()> then);
 
 } // namespace vantro

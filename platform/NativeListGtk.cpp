@@ -2,9 +2,7 @@
 
 #include <gtk/gtk.h>
 #include <memory>
-#include <utility>
 #include <wx/dataview.h>
-#include <wx/weakref.h>
 
 namespace vantro {
 
@@ -56,24 +54,6 @@ int HiddenPartOfTopRow(wxDataViewCtrl& list)
     GdkRectangle visible;
     gtk_tree_view_get_visible_rect(tree, &visible);
     return visible.y - TopOf(tree, top.get());
-}
-
-void WhenMeasured(wxDataViewCtrl& list, std::function<void()> then)
-{
-    struct Waiting {
-        wxWeakRef<wxDataViewCtrl> list;
-        std::function<void()> then;
-    };
-    // The toolkit measures rows in idle calls of a higher priority.
-    g_idle_add_full(
-        G_PRIORITY_DEFAULT_IDLE,
-        [](gpointer data) -> gboolean {
-            const auto* waiting = static_cast<Waiting*>(data);
-            if (waiting->list)
-                waiting->then();
-            return G_SOURCE_REMOVE;
-        },
-        new Waiting{&list, std::move(then)}, [](gpointer data) { delete static_cast<Waiting*>(data); });
 }
 
 void ScrollTo(wxDataViewCtrl& list, const ListRow& row)

@@ -1,6 +1,7 @@
 #include "shell/NewsTreeView.h"
 
 #include "feeds/Site.h"
+#include "platform/IdleCall.h"
 #include "platform/ModalInput.h"
 #include "platform/TextCoding.h"
 #include "shell/Icons.h"
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <string>
 #include <wx/menu.h>
+#include <wx/weakref.h>
 
 namespace vantro {
 
@@ -163,7 +165,10 @@ void NewsTreeView::KeepPlace()
     const bool isItem = top->Parent() != nullptr;
     place_ = Place{isItem ? top->Parent()->Key() : top->Key(),
         isItem ? std::optional(Hold(*top)) : std::nullopt, HiddenPartOfTopRow(*this)};
-    WhenMeasured(*this, [this] { RestorePlace(); });
+    CallWhenIdle([view = wxWeakRef<NewsTreeView>(this)] {
+        if (view)
+            view->RestorePlace();
+    });
 }
 
 // The row of the story kept, or the place where it stood when it has gone.

@@ -1,5 +1,6 @@
 #include "shell/VantroApp.h"
 
+#include "platform/IdleCall.h"
 #include "platform/Paths.h"
 #include "shell/frmMain.h"
 
@@ -19,7 +20,8 @@ bool VantroApp::OnInit()
     });
     if (!instance_->IsFirst())
         return true; // nothing to run, and nothing went wrong
-    runtime_ = std::make_unique<Runtime>([this] { CallAfter([this] { runtime_->reader.Deliver(); }); });
+    // The window paints between the ends of two downloads.
+    runtime_ = std::make_unique<Runtime>([this] { CallWhenIdle([this] { runtime_->reader.Deliver(); }); });
     window_ = new frmMain(*runtime_);
     window_->Form_Load();
     return true;

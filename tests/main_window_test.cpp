@@ -1,5 +1,6 @@
 #include "feeds/ItemTag.h"
 #include "feeds/modXBINS.h"
+#include "platform/IdleCall.h"
 #include "shell/frmMain.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
@@ -34,7 +35,7 @@ protected:
     void Start()
     {
         runtime = std::make_unique<Runtime>(
-            [this] { wxTheApp->CallAfter([this] { runtime ? runtime->reader.Deliver() : void(); }); });
+            [this] { CallWhenIdle([this] { runtime ? runtime->reader.Deliver() : void(); }); });
         window = new frmMain(*runtime);
         window->Form_Load();
         ASSERT_TRUE(PumpUntil([this] { return Caption("XBINS") != "Xbins" && PagesInFolder() == 0; }));
