@@ -19,6 +19,7 @@ LONGEST_START = 15.0  # seconds
 LONGEST_TITLES = 20000
 LATEST_ACTIONS = 6  # told with a complaint
 MENU_BAR = 30  # pixels from the upper edge of the window's inside to the tree
+FIRST_ROW = 45  # pixels to the middle of the tree's first row
 TREE_WIDTH = 250  # pixels
 SITES = tuple(feedserver.PATHS)
 
@@ -198,11 +199,14 @@ class Hand:
 
     def _check(self):
         """The entry that updates the lists is the first that can be chosen on a site and the second on an item."""
-        self._screen.activate(self._window)
-        self._screen.press("Escape")
-        self._screen.press("Menu")
-        time.sleep(0.1)
-        self._choose(2)
+        place = self._screen.place(self._window)
+        if place:
+            self._screen.press("Escape")
+            self._screen.click(place.left + TREE_WIDTH // 2, place.top + FIRST_ROW, button=3)
+            time.sleep(0.15)
+            for _ in range(self._chance.randint(1, 2)):
+                self._screen.press("Down")
+            self._screen.press("Return")
 
     def _turn_wheel(self):
         place = self._screen.place(self._window)

@@ -2,6 +2,7 @@
 
 import gzip
 import random
+import select
 import socket
 import struct
 import threading
@@ -10,6 +11,9 @@ from html import escape
 
 PATHS = {"VANTRO": "/vantro/vantro.xml", "XBINS": "/xbins.xml", "XBOXSCENE": "/xbox1data/xbox-scene.xml",
          "MAXCONSOLE": "/rss/xboxfeed.rss"}
+
+STALL = 8.0  # seconds
+DROPS, DROP_SIZE, DROP_EVERY = 200, 40, 0.02  # seconds
 
 
 class FeedServer:
@@ -103,15 +107,19 @@ def silent(connection, path, body):
 
 
 def stall(connection, path, body):
-    connection.sendall(_head(len(body)) + body[:len(body) // 2])
-    connection.recv(1)  # returns when the reader leaves
+    half = len(body) // 2
+    connection.sendall(_head(len(body)) + body[:half])
+    if not select.select([connection], [], [], STALL)[0]:  # there is something to read when the reader has left
+        connection.sendall(body[half:])
 
 
 def drip(connection, path, body):
     connection.sendall(_head(len(body)))
-    for at in range(0, len(body), 40):
-        connection.sendall(body[at:at + 40])
-        time.sleep(0.02)
+    dripped = DROPS * DROP_SIZE
+    for at in range(0, dripped, DROP_SIZE):
+        connection.sendall(body[at:at + DROP_SIZE])
+        time.sleep(DROP_EVERY)
+    connection.sendall(body[dripped:])
 
 
 def reset(connection, path, body):
