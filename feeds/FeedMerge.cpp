@@ -2,7 +2,6 @@
 #include "feeds/MergePlan.h"
 #include "feeds/SiteModule.h"
 #include "feeds/modXML.h"
-#include "platform/TextCoding.h"
 #include "shell/modMain.h"
 
 #include <optional>
@@ -11,25 +10,15 @@ namespace vantro {
 
 namespace {
 
-// The items of a downloaded file, each decoded by itself. Those that are valid UTF-8 stay views into the
-// file.
-class FeedItems {
-public:
-    explicit FeedItems(std::string feedText) : text_(std::move(feedText)), items_(SplitItems(text_)) { }
-
-    [[nodiscard]] std::vector<FeedItem> Take(const Site& site) const
-    {
-        std::vector<FeedItem> taken;
-        taken.reserve(items_.size());
-        for (const std::string_view item : items_)
-            taken.push_back(IsUtf8(item) ? TakeItem(site, item) : TakeItem(site, DecodeFeedText(item)));
-        return taken;
-    }
-
-private:
-    std::string text_;
-    std::vector<std::string_view> items_;
-};
+std::vector<FeedItem> TakeItems(const Site& site, std::string_view feedText)
+{
+    const std::vector<std::string_view> texts = SplitItems(feedText);
+    std::vector<FeedItem> items;
+    items.reserve(texts.size());
+    for (const std::string_view text : texts)
+        items.push_back(TakeItem(site, text));
+    return items;
+}
 
 // The stored items that have a node; one without counts as not stored.
 std::vector<KeptItem> ReadKept(const Site& site, const FeedServices& services, std::int32_t count)
@@ -57,12 +46,12 @@ void RebuildBranch(const Site& site, NewsTree& tree, const std::vector<FeedItem>
 // True when the site has a new list.
 bool Merge(const Site& site, const FeedServices& services, const std::filesystem::path& file)
 {
-    std::optional<std::string> text = ReadWholeFile(file);
+    const std::optional<std::string> text = ReadWholeFile(file);
     if (!text) {
         services.say("The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
         return false;
     }
-    const std::vector<FeedItem> items = FeedItems(std::move(*text)).Take(site);
+    const std::vector<FeedItem> items = TakeItems(site, *text);
     std::vector<std::string> titles;
     titles.reserve(items.size());
     for (const FeedItem& item : items)

@@ -1,6 +1,7 @@
 #include "feeds/ItemStore.h"
 
 #include "feeds/modXML.h"
+#include "platform/TextCoding.h"
 #include "shell/modMain.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ FeedItem TakeItem(const Site& site, std::string_view itemText)
     FeedItem item;
     item.fields.reserve(site.taken.size());
     for (const SiteField& field : site.taken)
-        item.fields.emplace_back(ExtractTag(field.element, itemText));
+        item.fields.push_back(DecodeFeedText(ExtractTag(field.element, itemText)));
     return item;
 }
 

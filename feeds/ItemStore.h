@@ -19,7 +19,8 @@ struct FeedItem {
     [[nodiscard]] const std::string& Title() const { return fields.front(); }
 };
 
-// Takes the site's fields from the text of one item.
+// Takes the site's fields from the bytes of one item, each decoded by itself, so that a fault in one field
+// does no harm to another.
 [[nodiscard]] FeedItem TakeItem(const Site& site, std::string_view itemText);
 
 // The stored items of one site, numbered from 1. A view over the registry that holds nothing itself.

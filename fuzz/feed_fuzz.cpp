@@ -70,7 +70,8 @@ std::vector<std::string> CheckItems(std::string_view feed)
         Require(ToLowerAscii(title).find("</title>") == std::string::npos,
             "a field ends at the first closing tag");
         for (const SiteModule* module : SiteModules())
-            Require(TakeItem(module->Row(), item).Title() == title, "every site takes the title first");
+            Require(TakeItem(module->Row(), item).Title() == DecodeFeedText(title),
+                "every site takes the title first");
         titles.emplace_back(title);
     }
     return titles;

@@ -10,7 +10,13 @@ namespace vantro {
 
 namespace {
 
-using FeedMergeTest = FeedFixture;
+class FeedMergeTest : public FeedFixture {
+protected:
+    void ReceiveText(const SiteModule& module, std::string_view feed)
+    {
+        module.MergeFeed(Services(), folder_.Write("feed.xml", feed));
+    }
+};
 
 const ItemState kRead{TreeImage::ItemRead, false, "<READ>"};
 const ItemState kUnread{TreeImage::ItemUnread, true, "<UNREAD>"};
@@ -100,7 +106,7 @@ TEST_F(FeedMergeTest, TakesEachSitesFieldsFromTheirElements)
     const std::string feed = "<item><title>T</title><link>L</link><homepage>H</homepage><date>D</date>"
                              "<releasedate>R</releasedate><description>X</description></item>";
     for (const SiteModule* module : SiteModules())
-        module->MergeFeed(Services(), folder_.Write("feed.xml", feed));
+        ReceiveText(*module, feed);
     const auto values = [this](const SiteModule& module) {
         std::string all;
         for (const char* name : {"Title", "Link", "Homepage", "date", "Releasedate", "Description", "Tag"})
@@ -113,7 +119,7 @@ TEST_F(FeedMergeTest, TakesEachSitesFieldsFromTheirElements)
     EXPECT_EQ(values(modMAXCONSOLE), "T|L||||X|<UNREAD>|");
 }
 
-TEST_F(FeedMergeTest, ReadsEveryItemAsUtf8OrElseAsWindows1252)
+TEST_F(FeedMergeTest, ReadsEveryFieldAsUtf8OrElseAsWindows1252)
 {
     const SiteModule& site = modXBOXSCENE;
     ReceiveTitles(site,
@@ -126,6 +132,12 @@ TEST_F(FeedMergeTest, ReadsEveryItemAsUtf8OrElseAsWindows1252)
     Restart();
     EXPECT_EQ(Stored(site, 3, "Title"), "€ 5 – café");
     EXPECT_EQ(Stored(site, 4, "Title"), std::string("nul\0café", 9));
+    ReceiveText(modMAXCONSOLE, "<item><title>Café</title></item>");
+    MarkRead(Services(), Item(modMAXCONSOLE, "Café"));
+    const std::string cut = "<description>Caf\xC3</description>";
+    ReceiveText(modMAXCONSOLE, "<item>" + cut + "<title>Café</title></item><item><title>B</title></item>");
+    EXPECT_EQ(UnreadTitles(modMAXCONSOLE), (Titles{"B"}));
+    EXPECT_EQ(Stored(modMAXCONSOLE, 1, "Description"), "CafÃ");
 }
 
 TEST_F(FeedMergeTest, LeavesStoreAndTreeAloneOnFeedsWithoutItems)
