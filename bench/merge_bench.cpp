@@ -108,8 +108,8 @@ bool ReportPromises(const Samples& samples)
     std::printf("\n");
     bool kept = Report("1,000 items hold the window", median[1'000] * 1e3, 100, "ms");
     kept &= Report("10,000 stored against 10,000 received", median[10'000] * 1e3, 500, "ms");
-    kept &= Report("time per item of 100,000, against that of 1,000",
-        median[1'000] > 0 ? median[100'000] / 100 / median[1'000] : 0, 1.3, "times");
+    kept &= Report("time per item of 20,000, against that of 1,000",
+        median[1'000] > 0 ? median[20'000] / 20 / median[1'000] : 0, 1.3, "times");
     return kept;
 }
 
@@ -121,7 +121,7 @@ int main(int argc, char** argv)
 {
     vantro::Samples samples;
     benchmark::Initialize(&argc, argv);
-    constexpr std::pair<int, int> kCountsAndRounds[] = {{100, 300}, {1'000, 60}, {10'000, 15}, {100'000, 5}};
+    constexpr std::pair<int, int> kCountsAndRounds[] = {{100, 300}, {1'000, 60}, {10'000, 15}, {20'000, 10}};
     for (const auto& [count, rounds] : kCountsAndRounds) {
         benchmark::RegisterBenchmark(
             "Merge", [&](benchmark::State& state) { vantro::MeasureMerge(state, samples); })

@@ -10,14 +10,32 @@ namespace vantro {
 
 namespace {
 
-std::vector<FeedItem> TakeItems(const Site& site, std::string_view feedText)
+struct FeedItems {
+    std::vector<FeedItem> taken;
+    bool thereWereMore = false;
+};
+
+FeedItems TakeItems(const Site& site, std::string_view feedText)
 {
-    const std::vector<std::string_view> texts = SplitItems(feedText);
-    std::vector<FeedItem> items;
-    items.reserve(texts.size());
+    std::vector<std::string_view> texts = SplitItems(feedText, SiteModule::kMostItems + 1);
+    FeedItems items;
+    items.thereWereMore = texts.size() > SiteModule::kMostItems;
+    if (items.thereWereMore)
+        texts.pop_back();
+    items.taken.reserve(texts.size());
     for (const std::string_view text : texts)
-        items.push_back(TakeItem(site, text));
+        items.taken.push_back(TakeItem(site, text));
     return items;
+}
+
+// Nothing when the file cannot be read, which is said.
+std::optional<FeedItems> ReadItems(
+    const Site& site, const FeedServices& services, const std::filesystem::path& file)
+{
+    if (const std::optional<std::string> text = ReadWholeFile(file))
+        return TakeItems(site, *text);
+    services.say("The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
+    return std::nullopt;
 }
 
 // The stored items that have a node; one without counts as not stored.
@@ -43,15 +61,11 @@ void RebuildBranch(const Site& site, NewsTree& tree, const std::vector<FeedItem>
         tree.ReplaceBranch(*root, std::move(nodes));
 }
 
-// True when the site has a new list.
-bool Merge(const Site& site, const FeedServices& services, const std::filesystem::path& file)
+enum class Merged { NothingNew, NewList, NotStored };
+
+// NotStored is said.
+Merged Merge(const Site& site, const FeedServices& services, const std::vector<FeedItem>& items)
 {
-    const std::optional<std::string> text = ReadWholeFile(file);
-    if (!text) {
-        services.say("The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
-        return false;
-    }
-    const std::vector<FeedItem> items = TakeItems(site, *text);
     std::vector<std::string> titles;
     titles.reserve(items.size());
     for (const FeedItem& item : items)
@@ -63,24 +77,30 @@ bool Merge(const Site& site, const FeedServices& services, const std::filesystem
     const std::int32_t oldCount = store.Count();
     MergePlan plan = PlanMerge(ReadKept(site, services, oldCount), titles);
     if (!plan.anythingNew)
-        return false;
+        return Merged::NothingNew;
     store.Rewrite(oldCount, items, plan.states);
     if (const auto failure = batch.Commit()) {
         services.say(
             "The news list of " + std::string(site.displayName) + " could not be stored: " + *failure);
-        return false;
+        return Merged::NotStored;
     }
     RebuildBranch(site, services.tree, items, std::move(plan));
-    return true;
+    return Merged::NewList;
 }
 
 } // namespace
 
 void SiteModule::MergeFeed(const FeedServices& services, const std::filesystem::path& file) const
 {
-    const bool changed = Merge(site_, services, file);
+    const std::optional<FeedItems> items = ReadItems(site_, services, file);
+    const Merged merged = items ? Merge(site_, services, items->taken) : Merged::NothingNew;
     DeleteFileIfExists(file);
-    if (changed)
+    if (items && items->thereWereMore && merged != Merged::NotStored) {
+        const std::string most = std::to_string(kMostItems);
+        services.say(std::string(site_.displayName) + " sent more than " + most + " items; the first " + most
+            + " were taken.");
+    }
+    if (merged == Merged::NewList)
         UpdateSiteCounts(services);
 }
 

@@ -4,6 +4,7 @@
 #include "feeds/Site.h"
 #include "settings/modRegistry.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -31,8 +32,12 @@ public:
 
     [[nodiscard]] constexpr const Site& Row() const { return site_; }
 
+    // The most items of a feed that are taken, so that no feed holds the window for long.
+    static constexpr std::size_t kMostItems = 20'000;
+
     // Folds a downloaded feed file into the store and the tree, all or nothing, and deletes the file. A feed
-    // without any new title changes nothing. What cannot be stored is said, and then the old list stays.
+    // without any new title changes nothing. A feed with more than kMostItems gives its first ones, which is
+    // said. What cannot be stored is said, and then the old list stays.
     void MergeFeed(const FeedServices& services, const std::filesystem::path& file) const;
 
     // Builds the site's item nodes from the store. Run once, when the site node has no items.

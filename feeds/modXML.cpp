@@ -52,12 +52,12 @@ std::string_view ExtractTag(std::string_view tagName, std::string_view text)
     return {};
 }
 
-std::vector<std::string_view> SplitItems(std::string_view feedText)
+std::vector<std::string_view> SplitItems(std::string_view feedText, std::size_t most)
 {
     std::vector<std::string_view> items;
     std::size_t opens = FindTag(feedText, kItemOpens, 0);
     std::size_t rest = opens;
-    while (opens != kNowhere) {
+    while (opens != kNowhere && items.size() < most) {
         const std::size_t closes = FindTag(feedText, kItemCloses, rest);
         if (closes == kNowhere)
             break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -10,10 +11,9 @@ namespace vantro {
 // tag; letter case does not matter; blanks around `tagName` are dropped. The result is a view into `text`.
 [[nodiscard]] std::string_view ExtractTag(std::string_view tagName, std::string_view text);
 
-// The items of a feed file, as views into `feedText`: the first begins at the first "<item>", each ends with
-// its
-// "</item>", and each later one begins right behind the one before. A last item that is not closed does not
-// count. One pass, whatever the feed holds.
-[[nodiscard]] std::vector<std::string_view> SplitItems(std::string_view feedText);
+// The first items of a feed file, at most `most`, as views into `feedText`: the first begins at the first
+// "<item>", each ends with its "</item>", and each later one begins right behind the one before. A last item
+// that is not closed does not count. One pass, whatever the feed holds.
+[[nodiscard]] std::vector<std::string_view> SplitItems(std::string_view feedText, std::size_t most);
 
 } // namespace vantro

@@ -140,6 +140,23 @@ TEST_F(FeedMergeTest, ReadsEveryFieldAsUtf8OrElseAsWindows1252)
     EXPECT_EQ(Stored(modMAXCONSOLE, 1, "Description"), "CafÃ");
 }
 
+TEST_F(FeedMergeTest, TakesTheFirstItemsOfAFeedWithTooManyAndSaysSo)
+{
+    std::string feed;
+    for (int i = 1; i <= 20'000; ++i)
+        feed += "<item><title>" + std::to_string(i) + "</title></item>";
+    ReceiveText(modXBOXSCENE, feed);
+    EXPECT_EQ(said_, Titles{});
+    feed += "<item><title>One more</title></item>";
+    for (const std::string& received : {feed, "<item><title>Newest</title></item>" + feed}) {
+        ReceiveText(modXBOXSCENE, received);
+        EXPECT_EQ(std::exchange(said_, {}),
+            (Titles{"Xbox-Scene sent more than 20000 items; the first 20000 were taken."}));
+    }
+    EXPECT_EQ(TreeTitles(modXBOXSCENE).front(), "Newest");
+    EXPECT_EQ(TreeTitles(modXBOXSCENE).back(), "19999");
+}
+
 TEST_F(FeedMergeTest, LeavesStoreAndTreeAloneOnFeedsWithoutItems)
 {
     ReceiveTitles(modVANTRO, {"A"});

@@ -58,9 +58,11 @@ TEST(SplitItems, CutsAFeedIntoItsItems)
              {"closing first", "</item><item>1</item>", {"<item>1</item>"}},
              {"a stray closing tag ends an item", "<item>1</item>x</item><item>2</item>",
                  {"<item>1</item>", "x</item>", "<item>2</item>"}},
+             {"more than asked for", "<item>1</item>2</item>3</item>4</item><item>5</item>",
+                 {"<item>1</item>", "2</item>", "3</item>"}},
              {"opened twice", "<item>1<item>2</item></item>", {"<item>1<item>2</item>"}},
          })
-        EXPECT_EQ(SplitItems(c.text), c.items) << c.name;
+        EXPECT_EQ(SplitItems(c.text, 3), c.items) << c.name;
 }
 
 TEST(SplitItems, TakesTimeInProportionToTheFile)
@@ -78,7 +80,7 @@ TEST(SplitItems, TakesTimeInProportionToTheFile)
         const auto start = std::chrono::steady_clock::now();
         std::size_t items = 0;
         for (int i = 0; i < times; ++i)
-            items += SplitItems(text).size();
+            items += SplitItems(text, 10).size();
         EXPECT_EQ(items, static_cast<std::size_t>(times));
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     };
