@@ -66,7 +66,7 @@ enum class Merged { NothingNew, NewList, NotStored };
 // NotStored is said.
 Merged Merge(const Site& site, const FeedServices& services, const std::vector<FeedItem>& items)
 {
-    std::vector<std::string> titles;
+    std::vector<std::string_view> titles;
     titles.reserve(items.size());
     for (const FeedItem& item : items)
         titles.push_back(item.Title());

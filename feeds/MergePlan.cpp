@@ -3,18 +3,18 @@
 #include "feeds/ItemTag.h"
 #include "shell/modMain.h"
 
-#include <unordered_map>
+#include <map>
 
 namespace vantro {
 
-MergePlan PlanMerge(std::span<const KeptItem> kept, std::span<const std::string> incomingTitles)
+MergePlan PlanMerge(std::span<const KeptItem> kept, std::span<const std::string_view> incomingTitles)
 {
     MergePlan plan;
     plan.states.assign(
         incomingTitles.size(), {TreeImage::New, true, std::string(UnreadMarker) + std::string(NewMarker)});
 
-    std::unordered_map<std::string_view, std::size_t> firstOfTitle;
-    firstOfTitle.reserve(incomingTitles.size());
+    // Ordered, as titles come from outside: they can be made to collide in any hash that is known.
+    std::map<std::string_view, std::size_t> firstOfTitle;
     for (std::size_t i = 0; i < incomingTitles.size(); ++i)
         firstOfTitle.try_emplace(incomingTitles[i], i);
 

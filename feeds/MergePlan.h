@@ -25,6 +25,6 @@ struct MergePlan {
 // to the first incoming item of its title, so of two kept items with one title the later one's state stays,
 // and of two incoming items with one title the second is always new.
 [[nodiscard]] MergePlan PlanMerge(
-    std::span<const KeptItem> kept, std::span<const std::string> incomingTitles);
+    std::span<const KeptItem> kept, std::span<const std::string_view> incomingTitles);
 
 } // namespace vantro

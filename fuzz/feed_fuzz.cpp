@@ -54,9 +54,9 @@ void CheckText(std::string_view bytes)
 }
 
 // Titles are views that prove to lie in the text they were taken from.
-std::vector<std::string> CheckItems(std::string_view feed)
+std::vector<std::string_view> CheckItems(std::string_view feed)
 {
-    std::vector<std::string> titles;
+    std::vector<std::string_view> titles;
     const char* rest = feed.data();
     const char* const end = feed.data() + feed.size();
     for (const std::string_view item : SplitItems(feed, SiteModule::kMostItems)) {
@@ -72,20 +72,20 @@ std::vector<std::string> CheckItems(std::string_view feed)
         for (const SiteModule* module : SiteModules())
             Require(TakeItem(module->Row(), item).Title() == DecodeFeedText(title),
                 "every site takes the title first");
-        titles.emplace_back(title);
+        titles.push_back(title);
     }
     return titles;
 }
 
 // What is received is kept as read in every second place, then received again.
-void CheckMerge(const std::vector<std::string>& titles)
+void CheckMerge(const std::vector<std::string_view>& titles)
 {
     const MergePlan first = PlanMerge({}, titles);
     Require(first.states.size() == titles.size(), "every incoming item has a state");
     Require(first.anythingNew == !titles.empty(), "all of a first feed is new");
     std::vector<KeptItem> kept;
     for (std::size_t i = 0; i < titles.size(); ++i)
-        kept.push_back({titles[i], first.states[i]});
+        kept.push_back({std::string(titles[i]), first.states[i]});
     const MergePlan again = PlanMerge(kept, titles);
     Require(again.states == first.states, "the same feed gives the same states");
     for (std::size_t i = 0; i < titles.size(); i += 2)

@@ -27,7 +27,7 @@ TEST(PlanMerge, GivesEveryIncomingItemItsState)
     struct Case {
         const char* name;
         std::vector<KeptItem> kept;
-        Titles incoming;
+        std::vector<std::string_view> incoming;
         bool anythingNew;
         std::vector<ItemState> states;
     };
