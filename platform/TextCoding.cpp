@@ -4,12 +4,14 @@
 #include <array>
 #include <cstdint>
 #include <glib.h>
+#include <unicode/uchar.h>
 
 namespace vantro {
 
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+constexpr const char* kEllipsis = "\xE2\x80\xA6";
 
 // Windows-1252 from 0x80 to 0x9F, after the WHATWG Encoding Standard (index-windows-1252).
 constexpr std::array<char16_t, 32> kWindows1252 = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020,
@@ -39,6 +41,19 @@ char32_t NextCharacter(std::string_view utf8, std::size_t& position)
     }
     position += static_cast<std::size_t>(g_unichar_to_utf8(character, nullptr));
     return character;
+}
+
+bool IsBlank(char32_t character)
+{
+    return character == U' '
+        || (U_GET_GC_MASK(static_cast<UChar32>(character)) & (U_GC_CC_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK))
+        != 0;
+}
+
+// One of these without its end would also turn what stands behind the text, such as the rest of a sentence.
+bool TurnsDirection(char32_t character)
+{
+    return u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_BIDI_CONTROL) != 0;
 }
 
 bool IsAscii(char byte)
@@ -114,16 +129,19 @@ std::string PathForPage(std::string_view path)
 
 std::string OneLine(std::string_view utf8, std::size_t most)
 {
+    constexpr std::size_t kBytesRead = 16; // for each character to show
     std::string out;
     std::size_t shown = 0;
     bool blank = true; // swallows blanks in front
     for (std::size_t position = 0; position < utf8.size();) {
+        if (position >= most * kBytesRead)
+            return out + kEllipsis;
         const char32_t character = NextCharacter(utf8, position);
-        const bool isBlank = character <= 0x20 || character == 0x7F;
-        if (isBlank && blank)
+        const bool isBlank = IsBlank(character);
+        if ((isBlank && blank) || TurnsDirection(character))
             continue;
         if (shown == most)
-            return out + "\xE2\x80\xA6";
+            return out + kEllipsis;
         blank = isBlank;
         AppendUtf8(out, isBlank ? U' ' : character);
         ++shown;

@@ -20,9 +20,10 @@ namespace vantro {
 // "/-._~" is percent-encoded.
 [[nodiscard]] std::string PathForPage(std::string_view path);
 
-// The text on one line and of at most `most` characters, for places that show a single line: control
-// characters and runs of blanks become one blank, the cut is shown by an ellipsis. Reads no more of the text
-// than it shows.
+// The text on one line and of at most `most` characters, for places that show a single line: runs of blanks,
+// control characters and separators of lines or paragraphs become one blank, invisible characters that turn
+// the direction of writing go, and the cut is shown by an ellipsis. Looks at no more than the first 16 * most
+// bytes, so a text that begins with more blanks than that is only an ellipsis.
 [[nodiscard]] std::string OneLine(std::string_view utf8, std::size_t most);
 
 // ASCII letters in lower case, all else unchanged.

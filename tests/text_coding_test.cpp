@@ -42,7 +42,9 @@ TEST(TextCoding, ShowsTextOnOneLineOfLimitedLength)
     EXPECT_EQ(OneLine("äöüß", 3), "äöü…");
     EXPECT_EQ(OneLine("abc", 3), "abc");
     EXPECT_EQ(OneLine("", 3), "");
-    EXPECT_EQ(OneLine(std::string(50'000'000, 'x'), 4), "xxxx…");
+    EXPECT_EQ(OneLine("a\u0085b\u2028\u2029 c\v\fd\u0081e", 20), "a b c d e");
+    EXPECT_EQ(OneLine("\u202Ea\u2066b\u200F\u061Cc\u200Dd", 20), "abc\u200Dd");
+    EXPECT_EQ(OneLine("a" + std::string(64, ' ') + "b", 4), "a …") << "no more is read than fits the line";
 }
 
 TEST(TextCoding, EncodesPathsForPages)
