@@ -54,15 +54,13 @@ protected:
     }
     FeedServices Services()
     {
-        return {*store_, *registry_, *tree_, [this] { ++paints_; },
-            [this](const auto& text) { said_.push_back(text); }};
+        return {*store_, *registry_, *tree_, [] {}, [this](const auto& text) { said_.push_back(text); }};
     }
 
     TemporaryFolder folder_;
     std::unique_ptr<RegistryStore> store_;
     std::unique_ptr<modRegistry> registry_;
     std::unique_ptr<NewsTree> tree_;
-    int paints_ = 0;
     std::vector<std::string> said_;
 };
 
