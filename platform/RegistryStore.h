@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace vantro {
 
@@ -27,6 +28,9 @@ struct StoreOptions {
 // one begun; a file of a newer version, one that cannot be written and one that another program holds for
 // over 2 s are left untouched, and the store lives in memory for this run (holding what could be read).
 // Notice() then says so.
+//
+// A write waits up to 2 s for another program that holds the file. Once that was in vain, writes fail at once
+// until one succeeds.
 class RegistryStore {
 public:
     using KeyId = std::int64_t; // good until its key is deleted or its creation undone; 0 names no key
@@ -46,7 +50,7 @@ public:
     // Whether what is written is there at the next start.
     [[nodiscard]] bool IsKept() const;
 
-    // 0 when there is no such key.
+    // 0 when there is no such key or, as for all reads, when it cannot be read.
     [[nodiscard]] KeyId OpenKey(std::string_view path);
     // Creates every missing level, or none; an existing key is opened. 0 on failure.
     KeyId CreateKey(std::string_view path);
@@ -57,10 +61,15 @@ public:
     bool SetValue(KeyId key, std::string_view name, RegType type,
         const std::variant<std::int64_t, std::string_view>& data);
     [[nodiscard]] std::optional<StoredValue> QueryValue(KeyId key, std::string_view name);
+    // The sub-keys whose names are numbers from 1 to `last`, written in decimal without leading zeros; in
+    // ascending order. Costs what is stored below the key.
+    [[nodiscard]] std::vector<std::int32_t> NumberedSubKeys(std::string_view path, std::int32_t last);
 
     // Makes all writes of its lifetime one transaction: destroyed without Commit(), none of them happened.
-    // After a write that failed the others of the batch do nothing. While it is open, reads cost about a
-    // third. REQUIRES: no other Batch of this store is alive.
+    // After a write or a read that failed the other writes of the batch do nothing; that something is missing
+    // is no failure. The file's lock is taken with the first write: a batch that only reads, for which a read
+    // costs a third, disturbs no other program and waits for none. What it has read until then, another
+    // program may change before the lock is there. REQUIRES: no other Batch of this store is alive.
     class Batch {
     public:
         explicit Batch(RegistryStore& store);
@@ -68,7 +77,8 @@ public:
         Batch(const Batch&) = delete;
         Batch& operator=(const Batch&) = delete;
         // Nothing on success, and then all is durable. Else the reason in a sentence ("The disk is full."),
-        // also when an earlier write of the batch failed; nothing of the batch is then stored. Called once.
+        // also when an earlier write or read of the batch failed; nothing of the batch is then stored. Called
+        // once.
         [[nodiscard]] std::optional<std::string> Commit();
 
     private:

@@ -70,7 +70,7 @@ Database Connect(const std::string& name, int flags)
     if (!made)
         throw std::bad_alloc();
     Database database(made);
-    sqlite3_busy_timeout(made, static_cast<int>(kBusyLimit.count()));
+    WaitForLocks(made, true);
     // RegistryStore deletes values with their keys and writes none without: left to the file's foreign key,
     // that journals each deletion by itself and makes a merge take half as long again.
     sqlite3_db_config(made, SQLITE_DBCONFIG_ENABLE_FKEY, 0, nullptr);
@@ -200,7 +200,7 @@ Finding Accept(sqlite3* database, const StoreOptions& options)
 bool CopyFrom(const std::string& name, int flags, sqlite3* into)
 {
     const Database source = Connect(name, SQLITE_OPEN_READONLY | flags);
-    sqlite3_busy_timeout(source.get(), 0); // its time has been spent
+    WaitForLocks(source.get(), false); // its time has been spent
     sqlite3_backup* backup = sqlite3_backup_init(into, "main", source.get(), "main");
     const bool whole = backup && sqlite3_backup_step(backup, -1) == SQLITE_DONE;
     sqlite3_backup_finish(backup);
@@ -334,6 +334,11 @@ OpenedStore OpenStoreFile(const fs::path& file, const StoreOptions& options)
             reason.front() = 't';
         return {OpenInMemory(file, finding), false, before + reason + ", so marks are not kept."};
     }
+}
+
+void WaitForLocks(sqlite3* database, bool wait)
+{
+    sqlite3_busy_timeout(database, wait ? static_cast<int>(kBusyLimit.count()) : 0);
 }
 
 std::string FailureSentence(sqlite3* database, int code)

@@ -19,6 +19,9 @@ struct OpenedStore {
 // Throws std::bad_alloc only.
 [[nodiscard]] OpenedStore OpenStoreFile(const std::filesystem::path& file, const StoreOptions& options);
 
+// Whether statements wait up to 2 s for a lock that another program holds, or fail at once.
+void WaitForLocks(sqlite3* database, bool wait);
+
 // The failure `code`, which `database` has just reported, as a sentence for the user.
 [[nodiscard]] std::string FailureSentence(sqlite3* database, int code);
 

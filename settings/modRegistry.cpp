@@ -81,6 +81,19 @@ RegValue modRegistry::ReadRegValue(RootKey root, std::string_view keyPath, std::
     return value;
 }
 
+std::vector<std::int32_t> modRegistry::NumberedSubKeys(
+    RootKey root, std::string_view keyPath, std::int32_t last)
+{
+    return store_.NumberedSubKeys(FullPath(root, keyPath), last);
+}
+
+std::optional<std::string> modRegistry::StoreTogether(const std::function<void()>& writes)
+{
+    RegistryStore::Batch batch(store_);
+    writes();
+    return batch.Commit();
+}
+
 int modRegistry::SetValueData(
     RegistryStore::KeyId openKey, std::string_view valueName, RegType valueType, const RegValue& value)
 {

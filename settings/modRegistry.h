@@ -3,10 +3,13 @@
 #include "platform/RegistryStore.h"
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace vantro {
 
@@ -40,7 +43,7 @@ private:
 
 // The only road to the persistent values. Each operation opens the key it needs, does one thing and closes
 // it. No failure reaches a caller: a read that finds nothing gives Empty, a write that cannot be done is
-// lost. Interface thread only.
+// lost. Who has to know writes inside StoreTogether(). Interface thread only.
 class modRegistry {
 public:
     explicit modRegistry(RegistryStore& store) : store_(store) { }
@@ -54,10 +57,18 @@ public:
         const RegValue& value, RegType valueType);
     [[nodiscard]] RegValue ReadRegValue(RootKey root, std::string_view keyPath, std::string_view valueName);
 
-    // The inner halves of the two above, on a key that is open. They return 0 on success and the registry's
-    // number otherwise: 2 for a read that finds no value, 5 for a write that failed. A read of a value that
-    // is neither text nor number returns -1. `value` is Empty unless a number or a text that is not empty was
-    // read. A write of any other type than RegType's does nothing and returns 0.
+    // The sub-keys of `keyPath` that are named by a number from 1 to `last`, in ascending order.
+    [[nodiscard]] std::vector<std::int32_t> NumberedSubKeys(
+        RootKey root, std::string_view keyPath, std::int32_t last);
+
+    // Runs `writes` and stores all it writes, or nothing of it. Nothing on success, else the reason in a
+    // sentence. Where nothing is written nothing fails but reading. REQUIRES: no batch of the store is alive.
+    [[nodiscard]] std::optional<std::string> StoreTogether(const std::function<void()>& writes);
+
+    // The inner halves of WriteRegValue() and ReadRegValue(), on a key that is open. They return 0 on success
+    // and the registry's number otherwise: 2 for a read that finds no value, 5 for a write that failed. A
+    // read of a value that is neither text nor number returns -1. `value` is Empty unless a number or a text
+    // that is not empty was read. A write of any other type than RegType's does nothing and returns 0.
     int SetValueData(
         RegistryStore::KeyId openKey, std::string_view valueName, RegType valueType, const RegValue& value);
     int QueryValueData(RegistryStore::KeyId openKey, std::string_view valueName, RegValue& value);

@@ -41,15 +41,15 @@ TEST(RegValue, ReadsAsTheNumberAndTheTextItStandsFor)
 TEST_F(ModRegistryTest, AValueReadsBackInTheTypeItWasWrittenWith)
 {
     for (const char* text : {"K\xc3\xb6ln <b>&\"", "-12"}) {
-        EXPECT_TRUE(WriteAndRead(text, RegType::Sz) == text);
-        EXPECT_FALSE(WriteAndRead(text, RegType::Sz).IsNumber());
+        const RegValue read = WriteAndRead(text, RegType::Sz);
+        EXPECT_TRUE(read == text && !read.IsNumber());
     }
-    for (const std::int32_t number : {0, -1, kMost, kLeast}) {
-        EXPECT_TRUE(WriteAndRead(number, RegType::Dword).IsNumber());
-        EXPECT_TRUE(WriteAndRead(number, RegType::Dword) == number);
+    const std::pair<RegValue, std::int32_t> numbers[]
+        = {{0, 0}, {-1, -1}, {kMost, kMost}, {kLeast, kLeast}, {"42nd", 42}};
+    for (const auto& [written, number] : numbers) {
+        const RegValue read = WriteAndRead(written, RegType::Dword);
+        EXPECT_TRUE(read == number && read.IsNumber()) << number;
     }
-    EXPECT_TRUE(WriteAndRead("42nd", RegType::Dword).IsNumber());
-    EXPECT_TRUE(WriteAndRead("42nd", RegType::Dword) == 42);
     EXPECT_TRUE(WriteAndRead("left", RegType::Sz, "Software\\No such key").IsEmpty());
     EXPECT_EQ(store_.OpenKey("HKEY_LOCAL_MACHINE\\Software\\No such key"), 0);
 }
@@ -58,19 +58,22 @@ TEST_F(ModRegistryTest, WhatIsNeitherTextNorNumberReadsAsEmpty)
 {
     const auto key = store_.OpenKey("HKEY_LOCAL_MACHINE\\Software\\Vantro");
     const std::int64_t big = std::int64_t{1} << 40;
-    EXPECT_TRUE(store_.SetValue(key, "too big", RegType::Dword, big));
-    EXPECT_TRUE(store_.SetValue(key, "too small", RegType::Dword, -big));
-    EXPECT_TRUE(store_.SetValue(key, "binary", static_cast<RegType>(3), "bytes"));
-    EXPECT_TRUE(store_.SetValue(key, "text that is none", RegType::Sz, std::int64_t{1}));
-    EXPECT_TRUE(store_.SetValue(key, "empty", RegType::Sz, std::string_view()));
-    const std::tuple<const char*, int, std::int32_t> cases[]
-        = {{"too big", 0, kMost}, {"too small", 0, kLeast}, {"binary", -1, 0}, {"text that is none", -1, 0},
-            {"empty", 0, 0}, {"missing", 2, 0}};
-    for (const auto& [name, status, number] : cases) {
+    struct {
+        const char* name;
+        int type;
+        std::variant<std::int64_t, std::string_view> data;
+        int status;
+        std::int32_t number;
+    } const cases[] = {{"too big", 4, big, 0, kMost}, {"too small", 4, -big, 0, kLeast},
+        {"binary", 3, "bytes", -1, 0}, {"text that is none", 1, 1, -1, 0}, {"empty", 1, "", 0, 0}};
+    for (const auto& [name, type, data, status, number] : cases) {
+        EXPECT_TRUE(store_.SetValue(key, name, static_cast<RegType>(type), data));
         RegValue value = "left from before";
         EXPECT_EQ(registry_.QueryValueData(key, name, value), status) << name;
         EXPECT_TRUE(value == number && value.IsEmpty() == (number == 0)) << name;
     }
+    RegValue none;
+    EXPECT_EQ(registry_.QueryValueData(key, "missing", none), 2);
 }
 
 } // namespace
