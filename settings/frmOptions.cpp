@@ -18,6 +18,7 @@ namespace vantro {
 namespace {
 
 constexpr std::string_view kFormName = "frmOptions";
+constexpr const char* kSettings = "The settings"; // that could not be stored
 constexpr std::string_view kMinutesValue = "Check Interval Minutes";
 constexpr Rectangle kClientArea{0, 0, 4590, 4320};
 
@@ -74,20 +75,23 @@ wxRect InPixels(const Rectangle& place, TwipsPerPixel scale)
 } // namespace
 
 frmOptions::frmOptions(wxWindow* parent, modRegistry& registry, std::function<void()> startRefreshTimer,
-    std::function<void()> stopRefreshTimer)
+    std::function<void()> stopRefreshTimer, std::function<void(const std::string&)> say)
     : wxDialog(
         parent, wxID_ANY, "Options", wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE, "frmOptions"),
       registry_(registry),
       startRefreshTimer_(std::move(startRefreshTimer)),
-      stopRefreshTimer_(std::move(stopRefreshTimer))
+      stopRefreshTimer_(std::move(stopRefreshTimer)),
+      say_(std::move(say))
 {
     AddControls();
     LayOut();
     RestoreWindowPosition({*this, kFormName, registry_});
-    Fill();
+    Store(kSettings, [this] { Fill(); });
     for (std::size_t index = 0; index < checkBoxes_.size(); ++index)
-        checkBoxes_[index]->Bind(wxEVT_CHECKBOX, [this, index](wxCommandEvent&) { CheckBox_Click(index); });
-    txtCheckInterval_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { txtCheckInterval_Change(); });
+        checkBoxes_[index]->Bind(wxEVT_CHECKBOX,
+            [this, index](wxCommandEvent&) { Store(kSettings, [this, index] { CheckBox_Click(index); }); });
+    txtCheckInterval_->Bind(
+        wxEVT_TEXT, [this](wxCommandEvent&) { Store(kSettings, [this] { txtCheckInterval_Change(); }); });
     Bind(wxEVT_CLOSE_WINDOW, &frmOptions::OnClose, this);
     Bind(wxEVT_CHAR_HOOK, &frmOptions::OnKey, this);
     checkBoxes_.front()->SetFocus();
@@ -184,6 +188,12 @@ void frmOptions::FillMinutesBox()
         txtCheckInterval_Change();
 }
 
+void frmOptions::Store(const char* what, const std::function<void()>& writes)
+{
+    if (const auto failure = registry_.StoreTogether(writes))
+        say_(std::string(what) + " could not be stored: " + *failure);
+}
+
 void frmOptions::CheckBox_Click(std::size_t index)
 {
     const bool checked = checkBoxes_[index]->GetValue();
@@ -205,7 +215,7 @@ void frmOptions::txtCheckInterval_Change()
 
 void frmOptions::OnClose(wxCloseEvent&)
 {
-    SaveWindowPosition({*this, kFormName, registry_});
+    Store("The place of the options", [this] { SaveWindowPosition({*this, kFormName, registry_}); });
     Destroy();
 }
 

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <functional>
+#include <string>
 
 class wxCheckBox;
 class wxStaticBox;
@@ -21,10 +22,10 @@ namespace vantro {
 class frmOptions final : public wxDialog {
 public:
     // Places and fills itself, which writes set boxes and a number of minutes back and runs
-    // `startRefreshTimer` when periodic checking is on. `registry` and whatever the two functions use must
-    // outlive the dialog.
+    // `startRefreshTimer` when periodic checking is on. What cannot be stored, now or later, is told to `say`
+    // in a sentence. `registry` and whatever the functions use must outlive the dialog.
     frmOptions(wxWindow* parent, modRegistry& registry, std::function<void()> startRefreshTimer,
-        std::function<void()> stopRefreshTimer);
+        std::function<void()> stopRefreshTimer, std::function<void(const std::string&)> say);
 
 private:
     void AddControls();
@@ -34,6 +35,7 @@ private:
     void Fill();
     void FillCheckBox(std::size_t index);
     void FillMinutesBox();
+    void Store(const char* what, const std::function<void()>& writes);
     void CheckBox_Click(std::size_t index);
     void txtCheckInterval_Change();
     void OnClose(wxCloseEvent& event);
@@ -43,6 +45,7 @@ private:
     modRegistry& registry_;
     std::function<void()> startRefreshTimer_;
     std::function<void()> stopRefreshTimer_;
+    std::function<void(const std::string&)> say_;
     std::array<wxStaticBox*, 4> frames_{}; // the windows below are owned by the toolkit
     std::array<wxCheckBox*, 7> checkBoxes_{};
     wxTextCtrl* txtCheckInterval_ = nullptr;

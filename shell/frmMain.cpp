@@ -193,8 +193,11 @@ void frmMain::Form_Unload()
     if (std::exchange(unloaded_, true))
         return;
     UnhookMainWindow(*this);
-    SaveWindowPosition(ThisForm());
-    SaveWindowSize(ThisForm());
+    if (const auto failure = runtime_.registry.StoreTogether([this] {
+            SaveWindowPosition(ThisForm());
+            SaveWindowSize(ThisForm());
+        }))
+        Say("The place of the window could not be stored: " + *failure);
     if (options_)
         options_->Close(true);
     tmrDownload_.Stop();
@@ -206,7 +209,7 @@ void frmMain::mnuSettings_Click()
     if (!options_)
         options_ = new frmOptions(
             this, runtime_.registry, [this] { refresh_->StartRefreshTimer(); },
-            [this] { refresh_->StopRefreshTimer(); });
+            [this] { refresh_->StopRefreshTimer(); }, [this](const std::string& text) { Say(text); });
     options_->Show();
     options_->Raise();
 }

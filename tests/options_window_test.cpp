@@ -15,7 +15,7 @@ protected:
     void Open()
     {
         dialog = new frmOptions(
-            nullptr, *registry_, [this] { timer += "start "; }, [this] { timer += "stop "; });
+            nullptr, *registry_, [this] { timer += "start "; }, [this] { timer += "stop "; }, Services().say);
         box = wxDynamicCast(dialog->FindWindow("chkCheckInterval"), wxCheckBox);
         minutes = wxDynamicCast(dialog->FindWindow("txtCheckInterval"), wxTextCtrl);
         ASSERT_TRUE(ShowAndSettle(*dialog));
@@ -63,6 +63,24 @@ TEST_F(OptionsDialogTest, TheMouseSwitchesCheckingOnAndOffAndEveryKeystrokeStore
     ASSERT_TRUE(PumpUntil([&] { return Option("Check Interval") == 0 && !minutes->IsEnabled(); }));
     EXPECT_EQ(timer, "start stop ") << "typing leaves the timer alone";
     DestroyAndWait(*dialog);
+}
+
+TEST_F(OptionsDialogTest, AStoreHeldByAnotherProgramIsWaitedForOnceAndEachLossIsSaid)
+{
+    for (const char* option : {"Auto Expand New", "Check At Startup", "Check Interval", "Xbins Auto NFO"})
+        SetOption(option, 1);
+    RegistryStore other(folder_.Path() / "registry.db");
+    RegistryStore::Batch holds(other);
+    other.CreateKey("held");
+    const auto start = std::chrono::steady_clock::now();
+    Open();
+    Click(box, 40);
+    ASSERT_TRUE(PumpUntil([&] { return said_.size() == 2; }));
+    dialog->Close();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    const std::string lost = " could not be stored: The store is held by another program.";
+    EXPECT_EQ(
+        said_, (Titles{"The settings" + lost, "The settings" + lost, "The place of the options" + lost}));
 }
 
 TEST_F(OptionsDialogTest, ClipsNoTextAndPutsTheMinutesBoxOnTheBlanks)
