@@ -11,6 +11,14 @@ namespace vantro {
 namespace {
 constexpr std::string_view kTotalItems = "TotalItems";
 constexpr std::string_view kTag = "Tag";
+// Beyond as many as are stored. What is lost by damage is less.
+constexpr std::int32_t kMostMissing = 100;
+
+// Whether the items may go up to this number, of which so many are stored.
+bool IsCredible(std::int32_t number, std::int32_t stored)
+{
+    return number - stored <= kMostMissing || number - stored - kMostMissing <= stored;
+}
 } // namespace
 
 FeedItem TakeItem(const Site& site, std::string_view itemText)
@@ -22,9 +30,23 @@ FeedItem TakeItem(const Site& site, std::string_view itemText)
     return item;
 }
 
-std::int32_t ItemStore::Count() const
+std::int32_t ItemStore::Total() const
 {
     return registry_.ReadRegValue(RegRoot, SiteKey(site_), kTotalItems).ToNumber();
+}
+
+std::int32_t ItemStore::Count() const
+{
+    const std::int32_t total = Total();
+    if (IsCredible(total, 0))
+        return total;
+    std::int32_t stored = 0;
+    std::int32_t last = 0;
+    for (const std::int32_t number : registry_.NumberedSubKeys(RegRoot, SiteKey(site_), total)) {
+        if (IsCredible(number, ++stored))
+            last = number;
+    }
+    return IsCredible(total, stored) ? total : last;
 }
 
 std::string ItemStore::ReadText(std::int32_t item, std::string_view valueName) const
@@ -43,6 +65,10 @@ void ItemStore::Rewrite(
     for (std::int32_t j = 1; j <= oldCount; ++j)
         registry_.DeleteRegKey(RegRoot, ItemKey(site_, j));
     const std::string siteKey = SiteKey(site_);
+    if (const std::int32_t total = Total(); total > oldCount) {
+        for (const std::int32_t j : registry_.NumberedSubKeys(RegRoot, siteKey, total))
+            registry_.DeleteRegKey(RegRoot, ItemKey(site_, j));
+    }
     registry_.DeleteRegKey(RegRoot, siteKey);
     registry_.CreateRegKey(RegRoot, siteKey);
     registry_.WriteRegValue(

@@ -29,12 +29,15 @@ public:
     ItemStore(modRegistry& registry, const Site& site) : registry_(registry), site_(site) { }
 
     // "TotalItems"; 0 when nothing is stored.
+    [[nodiscard]] std::int32_t Total() const;
+    // How many items there are to go through: Total(), of which some may be missing, unless so many are that
+    // the number must be wrong. Then it is that of the last item that is stored.
     [[nodiscard]] std::int32_t Count() const;
     [[nodiscard]] std::string ReadText(std::int32_t item, std::string_view valueName) const;
     // Lost when there is no such item.
     void WriteTag(std::int32_t item, std::string_view tag);
-    // Deletes the items 1 to `oldCount` and the site key, then writes these items with their tags. Meant to
-    // stand in a batch.
+    // Deletes the items 1 to `oldCount`, those beyond it that Total() covers, and the site key, then writes
+    // these items with their tags. Meant to stand in a batch.
     void Rewrite(
         std::int32_t oldCount, const std::vector<FeedItem>& items, const std::vector<ItemState>& states);
 

@@ -25,19 +25,18 @@ void SiteModule::LoadSiteItems(const FeedServices& services) const
 void SiteModule::UpdateSiteCounts(const FeedServices& services) const
 {
     services.paint();
-    const std::int32_t total = ItemStore(services.registry, site_).Count();
-    int fresh = 0;
-    int unread = 0;
-    for (std::int32_t n = 1; n <= total; ++n) {
-        const NewsNode* node = services.tree.Find(NodeKey(site_, n));
-        if (node == nullptr)
-            continue;
-        unread += IsUnread(node->Tag()) ? 1 : 0;
-        fresh += node->Image() == TreeImage::New ? 1 : 0;
-    }
     NewsNode* root = services.tree.Find(site_.identifier);
     if (root == nullptr)
         return;
+    const std::int32_t total = ItemStore(services.registry, site_).Total();
+    int fresh = 0;
+    int unread = 0;
+    for (const auto& node : root->Children()) {
+        if (ItemNumber(node->Key()) > total)
+            break;
+        unread += IsUnread(node->Tag()) ? 1 : 0;
+        fresh += node->Image() == TreeImage::New ? 1 : 0;
+    }
     services.tree.SetCaption(*root,
         root->Tag() + " (" + std::to_string(fresh) + " New, " + std::to_string(unread) + " Unread, "
             + std::to_string(total) + " Total)",
