@@ -1,12 +1,115 @@
+#include "feeds/ReadMarks.h"
 #include "feeds/modXBINS.h"
+#include "platform/SqliteStatement.h"
 #include "tests/support/FeedFixture.h"
 
+#include <chrono>
+#include <csignal>
 #include <limits>
+#include <random>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 namespace vantro {
+
 namespace {
 
+constexpr int kRounds = 200;
+constexpr int kItems = 300;
+
 using ItemStoreTest = FeedFixture;
+
+class KillTest : public FeedFixture {
+protected:
+    // Two lists with every third item in common; each feed brings the others as new.
+    void ReceiveList(int list)
+    {
+        Titles titles;
+        for (int i = 0; i < kItems; ++i)
+            titles.push_back((i % 3 == 0 ? "both " : list == 0 ? "A " : "B ") + std::to_string(i));
+        ReceiveTitles(modXBINS, titles);
+    }
+
+    // All that stands in the store, keys without values and values without keys included.
+    std::string Dump() const
+    {
+        sqlite3* opened = nullptr;
+        sqlite3_open((folder_.Path() / "registry.db").c_str(), &opened);
+        const Database database(opened);
+        SqliteStatement rows(opened,
+            "SELECT ifnull(path, 'orphan') || ifnull('|' || name || type || data, '')"
+            " FROM reg_key FULL JOIN reg_value ON id = key_id ORDER BY 1");
+        std::string dump;
+        auto row = rows.Run();
+        for (; row.HasRow(); row.Next())
+            dump += row.Text(0) + "\n";
+        return dump;
+    }
+
+    // Lets another process merge the list, kills it so long after the beginning, and returns what it said.
+    std::string KillAfter(std::chrono::duration<double> delay, int list)
+    {
+        int ends[2];
+        EXPECT_EQ(pipe(ends), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            Restart();
+            for (const char* said : {"begins", "ends"}) {
+                if (write(ends[1], said, 1) == 1 && *said == 'b')
+                    ReceiveList(list);
+            }
+            pause();
+        }
+        close(ends[1]);
+        std::string said(2, ' ');
+        EXPECT_EQ(read(ends[0], said.data(), 1), 1);
+        std::this_thread::sleep_for(delay);
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        EXPECT_GE(read(ends[0], said.data() + 1, 1), 0);
+        close(ends[0]);
+        return said;
+    }
+};
+
+TEST_F(KillTest, AProgramKilledAtAnyInstantOfAMergeLeavesTheOldListOrTheNewOne)
+{
+    const auto seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+
+    ReceiveList(0);
+    MarkRead(Services(), Item(modXBINS, "both 0"));
+    MarkRead(Services(), Item(modXBINS, "both 297"));
+    std::string whole[2] = {Dump(), ""};
+    const auto start = std::chrono::steady_clock::now();
+    ReceiveList(1);
+    std::chrono::duration<double> longest = std::chrono::steady_clock::now() - start;
+    whole[1] = Dump();
+    // A connection must not pass into another process.
+    tree_.reset();
+    registry_.reset();
+    store_.reset();
+
+    int list = 1; // that is stored
+    int before_commit = 0;
+    int behind_commit = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const auto delay = longest * std::uniform_real_distribution(0.0, 1.0)(random);
+        const std::string said = KillAfter(delay, 1 - list);
+        ASSERT_EQ(RegistryStore(folder_.Path() / "registry.db").Notice(), "");
+        const std::string found = Dump();
+        const bool stored = found == whole[1 - list];
+        ASSERT_TRUE(stored || (found == whole[list] && said == "b ")) << "round " << round << ", " << said;
+        list = stored ? 1 - list : list;
+        before_commit += stored ? 0 : 1;
+        behind_commit += stored && said == "b " ? 1 : 0;
+        longest *= stored ? 0.95 : 1.05; // so that half of the kills are early, however busy the machine is
+    }
+    EXPECT_GE(before_commit, kRounds / 4) << "kills between a merge's beginning and its commit";
+    EXPECT_GE(behind_commit, 1) << "kills between a merge's commit and its end";
+}
 
 TEST_F(ItemStoreTest, HasAsManyItemsAsAreStoredWhateverItsTotalSays)
 {
@@ -36,4 +139,5 @@ TEST_F(ItemStoreTest, HasAsManyItemsAsAreStoredWhateverItsTotalSays)
 }
 
 } // namespace
+
 } // namespace vantro
