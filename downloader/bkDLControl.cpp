@@ -1,11 +1,11 @@
 #include "downloader/bkDLControl.h"
 
 #include "downloader/PropertyBag.h"
+#include "platform/MessageDialog.h"
 #include "platform/Screen.h"
 
 #include <wx/dcbuffer.h>
 #include <wx/font.h>
-#include <wx/msgdlg.h>
 #include <wx/settings.h>
 #include <wx/tokenzr.h>
 
@@ -89,9 +89,7 @@ bkDLControl::bkDLControl(wxWindow* parent, AsyncRead& reader, EventPump& pump)
     SetBackgroundStyle(wxBG_STYLE_PAINT);
     Create(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE | wxFULL_REPAINT_ON_RESIZE);
     ShowStartFailure = [this](const std::string& title, const std::string& text) {
-        wxString lines = wxString::FromUTF8(text);
-        lines.Replace("\r\n", "\n");
-        wxMessageBox(lines, wxString::FromUTF8(title), wxOK | wxICON_STOP, this);
+        (new MessageDialog(wxGetTopLevelParent(this), title, text, true, {}))->Show();
     };
     Bind(wxEVT_PAINT, &bkDLControl::OnPaint, this);
     for (const auto& pressed : {wxEVT_LEFT_DOWN, wxEVT_RIGHT_DOWN, wxEVT_MIDDLE_DOWN})

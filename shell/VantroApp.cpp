@@ -14,6 +14,11 @@ bool VantroApp::OnInit()
     SetAppName("vantro");
     SetAppDisplayName("Vantro");
     delete wxLog::SetActiveTarget(new wxLogStderr); // the default one opens boxes
+    // First of all, as it is to be made before there are threads.
+    endRequests_.emplace([this] {
+        if (window_)
+            window_->Close(true);
+    });
     instance_ = std::make_unique<SingleInstance>(DataFolder(), [this] {
         if (window_)
             window_->BringToFront();
@@ -24,6 +29,7 @@ bool VantroApp::OnInit()
     runtime_ = std::make_unique<Runtime>([this] { CallWhenIdle([this] { runtime_->reader.Deliver(); }); });
     window_ = new frmMain(*runtime_);
     window_->Form_Load();
+    CallWhenIdle([this] { endRequests_->WatchSession(); });
     return true;
 }
 
@@ -36,7 +42,9 @@ int VantroApp::OnExit()
 {
     runtime_.reset();
     instance_.reset();
-    return wxApp::OnExit();
+    const int status = wxApp::OnExit();
+    endRequests_.reset();
+    return status;
 }
 
 } // namespace vantro

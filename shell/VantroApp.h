@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/EndRequests.h"
 #include "platform/SingleInstance.h"
 #include "shell/Runtime.h"
 
 #include <memory>
+#include <optional>
 #include <wx/app.h>
 #include <wx/weakref.h>
 
@@ -22,6 +24,7 @@ public:
     [[nodiscard]] Runtime& Parts() { return *runtime_; }
 
 private:
+    std::optional<EndRequests> endRequests_;
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<Runtime> runtime_;
     wxWeakRef<frmMain> window_; // owned by the window library

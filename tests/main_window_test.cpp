@@ -34,8 +34,13 @@ protected:
 
     void Start()
     {
-        runtime = std::make_unique<Runtime>(
-            [this] { CallWhenIdle([this] { runtime ? runtime->reader.Deliver() : void(); }); });
+        // A late call may come when the test has ended.
+        runtime = std::make_unique<Runtime>([slot = std::weak_ptr(slot)] {
+            CallWhenIdle([slot] {
+                if (const auto present = slot.lock(); present && *present)
+                    (*present)->reader.Deliver();
+            });
+        });
         window = new frmMain(*runtime);
         window->Form_Load();
         ASSERT_TRUE(PumpUntil([this] { return Caption("XBINS") != "Xbins" && PagesInFolder() == 0; }));
@@ -103,7 +108,8 @@ protected:
 
     TemporaryFolder folder;
     test::HttpServer server;
-    std::unique_ptr<Runtime> runtime;
+    std::shared_ptr<std::unique_ptr<Runtime>> slot = std::make_shared<std::unique_ptr<Runtime>>();
+    std::unique_ptr<Runtime>& runtime = *slot;
     wxWeakRef<frmMain> window;
 };
 
