@@ -16,7 +16,7 @@ PING_EVERY = 0.05  # seconds
 SLOW_ANSWER = 0.1  # seconds; counted
 LONGEST_ANSWER = 1.0  # seconds; a window that takes longer is taken for hung by its user
 LONGEST_START = 15.0  # seconds
-LONGEST_TITLES = 20000
+LONGEST_TITLES = 1000
 LATEST_ACTIONS = 6  # told with a complaint
 MENU_BAR = 30  # pixels from the upper edge of the window's inside to the tree
 FIRST_ROW = 45  # pixels to the middle of the tree's first row
@@ -74,6 +74,9 @@ class Pings(threading.Thread):
         self._screen.watch_answers()
         self._sent = {}
         self._complained = 0.0
+        self._slow_until = 0.0
+        self._began = time.monotonic()
+        self.holds = []  # when the window was slow, and for how long
         self._ending = threading.Event()
         self.times = []
         self.complaints = collections.deque()
@@ -101,6 +104,9 @@ class Pings(threading.Thread):
     def _take(self, sent, answered):
         """The pings that were sent while the window hung make one complaint."""
         self.times.append(answered - sent)
+        if answered - sent > SLOW_ANSWER and sent > self._slow_until:
+            self._slow_until = answered
+            self.holds.append(f"{sent - self._began:.1f} s: {(answered - sent) * 1000:.0f} ms")
         if answered - sent > LONGEST_ANSWER and sent > self._complained:
             self._complained = answered
             self.complaints.append(f"the window hung for {answered - sent:.1f} s")
@@ -116,7 +122,8 @@ class Pings(threading.Thread):
         times = sorted(self.times) or [0.0]
         slow = sum(taken > SLOW_ANSWER for taken in times)
         return (f"{len(self.times)} pings: longest {times[-1] * 1000:.0f} ms, 99 % within "
-                f"{times[len(times) * 99 // 100] * 1000:.0f} ms, {slow} over {SLOW_ANSWER * 1000:.0f} ms")
+                f"{times[len(times) * 99 // 100] * 1000:.0f} ms, {slow} over {SLOW_ANSWER * 1000:.0f} ms"
+                + "".join(f"\n  {hold}" for hold in self.holds))
 
 
 class Hand:
