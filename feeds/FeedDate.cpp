@@ -1,14 +1,15 @@
 #include "feeds/FeedDate.h"
 
-#include <array>
+#include "feeds/DateGrammar.h"
+
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
-#include <optional>
-#include <regex>
+#include <unicode/dtfmtsym.h>
 #include <unicode/dtptngen.h>
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/unistr.h>
-#include <vector>
 
 namespace vantro {
 
@@ -27,83 +28,72 @@ std::string UserLocale()
     return "en_US";
 }
 
-// What may follow a date: a time of day, with or without seconds, fraction and zone.
-bool IsTimeOrNothing(const std::string& rest)
+std::u16string Folded(icu::UnicodeString text)
 {
-    static const std::regex kTime(
-        R"([\sT,]*(\d{1,2}:\d{2}(:\d{2}([.,]\d+)?)?(\s*[AaPp]\.?[Mm]\.?)?(\s*([A-Za-z]{1,5}|[+-]\d{2}:?\d{2}))?)?\s*)");
-    return rest.size() < 64 && std::regex_match(rest, kTime);
+    text.foldCase();
+    return {text.getBuffer(), static_cast<std::size_t>(text.length())};
+}
+
+void AddNames(const icu::Locale& locale, DateWords& words)
+{
+    using Symbols = icu::DateFormatSymbols;
+    UErrorCode status = U_ZERO_ERROR;
+    const Symbols symbols(locale, status);
+    if (U_FAILURE(status))
+        return;
+    const auto name = [](const icu::UnicodeString& given) {
+        return Folded(given.endsWith(u'.') ? icu::UnicodeString(given, 0, given.length() - 1) : given);
+    };
+    for (const auto context : {Symbols::FORMAT, Symbols::STANDALONE}) {
+        for (const auto width : {Symbols::WIDE, Symbols::ABBREVIATED}) {
+            std::int32_t count = 0;
+            const icu::UnicodeString* months = symbols.getMonths(count, context, width);
+            for (std::int32_t i = 0; i < count; ++i)
+                words.months.emplace_back(name(months[i]), i + 1);
+            const icu::UnicodeString* weekdays = symbols.getWeekdays(count, context, width);
+            for (std::int32_t i = UCAL_SUNDAY; i < count; ++i)
+                words.weekdays.push_back(name(weekdays[i]));
+        }
+    }
+}
+
+DateWords WordsOf(const icu::Locale& user)
+{
+    DateWords words;
+    AddNames(icu::Locale::getEnglish(), words); // first, as feeds are written in it
+    words.months.emplace_back(u"sept", 9);
+    words.weekdays.insert(words.weekdays.end(), {u"tues", u"thur", u"thurs"});
+    AddNames(user, words);
+
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
+        icu::DateTimePatternGenerator::createInstance(user, status));
+    icu::UnicodeString numeric;
+    if (U_SUCCESS(status))
+        numeric = patterns->getBestPattern("yMd", status);
+    words.dayFirst = numeric.indexOf(u'd') < numeric.indexOf(u'M');
+    words.yearFirst = numeric.startsWith(u'y');
+    return words;
 }
 
 } // namespace
 
 struct FeedDate::Formats {
-    explicit Formats(const std::string& localeName)
+    explicit Formats(const icu::Locale& user) : words(WordsOf(user))
     {
-        const icu::Locale user(localeName.c_str());
-        const icu::Locale english = icu::Locale::getEnglish();
-        // "yy" also reads four digits; the letters are those of the Unicode date field symbols. English comes
-        // first, as feeds are written in it.
-        Add("EEE, d MMM yy", english);
-        Add("EEE d MMM yy", english);
-        Add("d MMM yy", english);
-        Add("d MMM yy", user);
-        Add("yyyy-MM-dd", english);
         UErrorCode status = U_ZERO_ERROR;
-        const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
-            icu::DateTimePatternGenerator::createInstance(user, status));
-        icu::UnicodeString numeric;
+        shown = std::make_unique<icu::SimpleDateFormat>("EEEE d MMMM yyyy", user, status);
+        // Feeds count years in the Gregorian way, and so does what is shown, whatever calendar the user's
+        // country keeps.
+        auto calendar = std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), status);
         if (U_SUCCESS(status))
-            numeric = patterns->getBestPattern("yMd", status);
-        const bool monthFirst = numeric.indexOf(u'M') < numeric.indexOf(u'd') || numeric.isEmpty();
-        Add(monthFirst ? "M/d/yy" : "d/M/yy", english);
-
-        status = U_ZERO_ERROR;
-        words = std::make_unique<icu::SimpleDateFormat>("EEEE d MMMM yyyy", user, status);
-        if (U_SUCCESS(status))
-            words->adoptCalendar(NewCalendar());
+            shown->adoptCalendar(calendar.release());
         else
-            words.reset();
+            shown.reset();
     }
 
-    // Feeds count years in the Gregorian way, and so do the words, whatever calendar the user's country
-    // keeps.
-    static icu::Calendar* NewCalendar()
-    {
-        UErrorCode status = U_ZERO_ERROR;
-        auto* calendar = new icu::GregorianCalendar(*icu::TimeZone::getGMT(), status);
-        calendar->setLenient(false);
-        return calendar;
-    }
-
-    void Add(const char* pattern, const icu::Locale& locale)
-    {
-        UErrorCode status = U_ZERO_ERROR;
-        auto format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
-        if (U_FAILURE(status))
-            return;
-        format->adoptCalendar(NewCalendar());
-        format->setLenient(false);
-        accepted.push_back(std::move(format));
-    }
-
-    [[nodiscard]] std::optional<UDate> Parse(const icu::UnicodeString& text) const
-    {
-        for (const auto& format : accepted) {
-            icu::ParsePosition end(0);
-            const UDate date = format->parse(text, end);
-            if (end.getIndex() == 0)
-                continue;
-            std::string rest;
-            text.tempSubString(end.getIndex()).toUTF8String(rest);
-            if (IsTimeOrNothing(rest))
-                return date;
-        }
-        return std::nullopt;
-    }
-
-    std::vector<std::unique_ptr<icu::SimpleDateFormat>> accepted;
-    std::unique_ptr<icu::SimpleDateFormat> words;
+    DateWords words;
+    std::unique_ptr<icu::SimpleDateFormat> shown; // nothing when the library lacks its data
 };
 
 FeedDate::FeedDate(std::string_view locale) : locale_(locale.empty() ? UserLocale() : std::string(locale)) { }
@@ -115,15 +105,15 @@ std::string FeedDate::Format(std::string_view text)
     if (text.empty() || text.size() > kLongest)
         return std::string(text);
     if (!formats_)
-        formats_ = std::make_unique<Formats>(locale_);
-    icu::UnicodeString given
-        = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())))
-              .trim();
-    const std::optional<UDate> date = formats_->Parse(given);
-    if (!date || !formats_->words)
+        formats_ = std::make_unique<Formats>(icu::Locale(locale_.c_str()));
+    const auto size = static_cast<std::int32_t>(text.size());
+    const auto date = ReadDate(
+        Folded(icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), size))), formats_->words);
+    if (!date || !formats_->shown)
         return std::string(text);
+    const std::chrono::milliseconds since1970 = std::chrono::sys_days(*date).time_since_epoch();
     icu::UnicodeString out;
-    formats_->words->format(*date, out);
+    formats_->shown->format(static_cast<UDate>(since1970.count()), out);
     std::string words;
     out.toUTF8String(words);
     return words;

@@ -7,9 +7,10 @@
 namespace vantro {
 
 // Turns the dates that feeds carry into words: "Saturday 5 July 2003", with the names of the user's locale.
-// Recognised are RFC 822, ISO 8601, "5 July 2003", "5 Jul 2003" and "07/05/2003" (day and month in the
-// locale's order), each with or without a time of day. The day is the one written in the feed, whatever its
-// time zone.
+// Recognised are, each with or without a weekday in front and a time of day and zone behind: RFC 822 and 850,
+// what C's ctime() writes, ISO 8601, a day and a month's name (English or the user's) in either order with a
+// year, and "07/05/2003" (day and month in the locale's order). The day is the one written in the feed,
+// whatever its time zone.
 class FeedDate {
 public:
     // A locale name such as "de_DE"; empty takes the user's (LC_ALL, LC_TIME, LANG).
