@@ -7,6 +7,7 @@
 #include "platform/TextCoding.h"
 #include "shell/modMain.h"
 
+#include <cerrno>
 #include <utility>
 
 namespace vantro {
@@ -136,7 +137,14 @@ bool PageDisplay::WriteFiles(const Values& values)
     for (const FilledTemplate& filled : page.filled) {
         if (error)
             break;
-        std::string text(FindResource(page.resourceType, filled.name).value_or(""));
+        const auto source = FindResource(page.resourceType, filled.name);
+        if (!source) {
+            error = FileError{ENOENT,
+                "The page part " + std::string(page.resourceType) + " " + std::string(filled.name)
+                    + " is missing from the program."};
+            break;
+        }
+        std::string text(*source);
         for (const Replacement& step : filled.replacements)
             text = ReplaceAll(std::move(text), step.search, ValueOf(step, values));
         error = WriteTextFile(folder_ / filled.file, text);

@@ -239,11 +239,16 @@ TEST_F(PageDisplayTest, SaysWhatWentWrongAndEnds)
     modVANTRO.ShowItemPage(*display_, "vant7", [this] { ++shown_; });
     Answer();
     EXPECT_EQ(shown_, 3) << "an item that is gone ends the display";
+    static constexpr FilledTemplate kMissing[] = {{"a.htm", "NONE", {}}};
+    static constexpr PageRecipe kPage{"VANTRO", {}, kMissing, "a.htm", {}};
+    display_->ShowInformationPage(kPage);
+    EXPECT_TRUE(fs::is_empty(run_));
+    EXPECT_NE(said_.back().find("NONE"), std::string::npos) << said_.back();
     fs::remove_all(run_);
     Show(modVANTRO);
     Answer();
     EXPECT_EQ(shown_, 4);
-    EXPECT_EQ(said_.size(), 3U);
+    EXPECT_EQ(said_.size(), 4U);
     EXPECT_NE(said_.back().find((run_ / "vantro.jpg").string() + " cannot be written"), std::string::npos)
         << said_.back();
 }
