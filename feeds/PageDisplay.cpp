@@ -3,6 +3,7 @@
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "feeds/ReadMarks.h"
+#include "platform/PageAddress.h"
 #include "platform/Resources.h"
 #include "platform/TextCoding.h"
 #include "shell/modMain.h"
@@ -95,7 +96,7 @@ void PageDisplay::ShowItemFiles()
     const Values values = ReadValues();
     const PageRecipe& page = *request_.page;
     if (!page.autoLinkOption.empty() && IsOn(page.autoLinkOption))
-        autoLink_ = values.at("Link");
+        autoLink_ = AddressOfLink(values.at("Link"));
     ShowFiles(values);
 }
 

@@ -5,6 +5,7 @@
 #include "feeds/modVANTRO.h"
 #include "feeds/modXBINS.h"
 #include "feeds/modXBOXSCENE.h"
+#include "platform/PageAddress.h"
 #include "tests/support/FeedFixture.h"
 
 #include <cstdlib>
@@ -174,14 +175,28 @@ TEST_F(PageDisplayTest, SendsTheBottomFrameToTheNfoByItselfWhenToldTo)
              {1, "http://a.example/1.nfo", LoadEnd::Complete, true},
              {0, "http://a.example/2.nfo", LoadEnd::Complete, false}, {1, "", LoadEnd::Complete, false},
              {1, "http://WWW.xbins.example/", LoadEnd::Complete, false},
-             {1, "http://a.example/3.nfo", LoadEnd::Failed, false}}) {
+             {1, "http://a.example/3.nfo", LoadEnd::Failed, false},
+             {1, " \r\n\t", LoadEnd::Complete, false}}) {
         SetOption("Xbins Auto NFO", option);
         Receive(modXBINS, "<title>" + link + "</title><link>" + link + "</link>");
         Show(modXBINS);
         Answer();
         Answer(end);
-        EXPECT_EQ(browser_.sentTo.back() == "mainFrame " + link, goes) << link;
+        EXPECT_EQ(browser_.sentTo.back(), goes ? "mainFrame " + link : (run_ / "xbins-frames.htm").string())
+            << link;
     }
+}
+
+TEST(PageAddress, IsWhereAClickWouldGo)
+{
+    for (const auto& [written, address] :
+        std::map<std::string, std::string>{{"\r\n\t http://a.example/a\n\tb c \x01", "http://a.example/ab c"},
+            {"?a=1&amp;b=&lt;&GT&quot;&apos;&#65;&#x42&#X43;", "?a=1&b=<>\"'ABC"},
+            {"&amp;amp; &amp=1 &ampx &lt", "&amp; &amp=1 &ampx <"}, {"&apos &#; &#x; &", "&apos &#; &#x; &"},
+            {"&#10;&#32;a&#128;&#0;&#55296;&#99999999999;", "a%E2%82%AC%EF%BF%BD%EF%BF%BD%EF%BF%BD"},
+            {"http://\u00e9/\u0416?q=\u00e9%20#&#233;", "http://%C3%A9/%D0%96?q=%C3%A9%20#%C3%A9"},
+            {"a\" onclick=\"b", "a"}, {" &#9;\n", ""}})
+        EXPECT_EQ(AddressOfLink(written), address) << written;
 }
 
 TEST_F(PageDisplayTest, ANewerPageTakesThePlaceOfOneUnderWayAtAnyStep)
