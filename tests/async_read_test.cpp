@@ -251,7 +251,7 @@ TEST_F(AsyncReadTest, AsksForTheProxiesOfEveryHopAndTriesThemInOrder)
     g_object_unref(settings);
 }
 
-TEST_F(AsyncReadTest, AStalledLookupHoldsUpNeitherTheOthersNorTheEnd)
+TEST_F(AsyncReadTest, AStalledLookupOrServerHoldsUpNeitherTheOthersNorTheEnd)
 {
     reader.emplace(wake, limits, "", [](const std::string& origin, const std::stop_token&) {
         if (origin == "http://asleep.invalid/")
@@ -265,9 +265,13 @@ TEST_F(AsyncReadTest, AStalledLookupHoldsUpNeitherTheOthersNorTheEnd)
     EXPECT_TRUE(Read("http://asleep.invalid/").starts_with("0 The desktop did not say in time"));
     Begin("http://stalled.invalid/");
     Begin("http://asleep.invalid/");
+    server.Serve("/silent", "HTTP/1.1 200 OK\r\n", Then::Stall);
+    Begin(server.Address("/silent"));
     for (int stalls = 0; stalls < 4; ++stalls)
         EXPECT_TRUE(lookupsStalled.try_acquire_for(10s));
     EXPECT_TRUE(Read(server.Address("/")).ends_with("complete quick\n"));
+    while (server.Hits("/silent") == 0)
+        std::this_thread::yield();
 
     const auto start = std::chrono::steady_clock::now();
     reader.reset();

@@ -8,15 +8,12 @@
 #include <gdk/gdk.h>
 #include <wx/frame.h>
 #include <wx/panel.h>
-#include <wx/uiaction.h>
 
 #include <sstream>
 
 namespace vantro::test {
-namespace {
 
-class DownloadControlTest : public testing::Test {
-protected:
+struct DownloadControlTest : testing::Test {
     DownloadControlTest()
     {
         control->SetSize(40, 40, 200, 20);
@@ -109,5 +106,4 @@ TEST_F(DownloadControlTest, StoresOnlyWhatDiffersFromTheDefaultsAndReadsItBack)
     EXPECT_TRUE(copy.BorderStyle() == 0 && !copy.Engine().FailOnRedirect());
 }
 
-} // namespace
 } // namespace vantro::test

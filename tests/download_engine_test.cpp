@@ -5,7 +5,6 @@
 #include "tests/support/TestPump.h"
 
 #include <csignal>
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <sys/resource.h>
@@ -13,7 +12,6 @@
 using namespace std::chrono_literals;
 
 namespace vantro {
-namespace {
 using test::HttpText;
 using Then = test::HttpServer::Then;
 
@@ -75,8 +73,7 @@ struct DownloadEngineTest : ::testing::Test {
     }
     std::string FileText(const std::string& name)
     {
-        std::ifstream file(folder + "/" + name, std::ios::binary);
-        return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(none)";
+        return ReadWholeFile(temporary.Path() / name).value_or("(none)");
     }
 };
 
@@ -213,5 +210,4 @@ TEST_F(DownloadEngineTest, AnyHandlerMayDestroyTheEngine)
     }
 }
 
-} // namespace
 } // namespace vantro

@@ -4,15 +4,10 @@
 #include <vector>
 
 namespace vantro {
-namespace {
 
 TEST(FeedDate, PutsDatesIntoTheUsersWords)
 {
-    const struct {
-        const char* locale;
-        const char* shown;
-        std::vector<const char*> forms;
-    } kCases[] = {
+    const std::tuple<const char*, const char*, std::vector<const char*>> cases[] = {
         {"en_US", "Saturday 5 July 2003",
             {"Sat, 05 Jul 2003 23:30:00 -0800", "Sat, 5 Jul 03 08:00 GMT", "Sat, 05 Jul 2003",
                 "Saturday, 05-Jul-03 12:00:00 GMT", "Sat,05 Jul 2003 12:00:60 UT", "sat 5 jul 2003 8:15 pm",
@@ -36,7 +31,7 @@ TEST(FeedDate, PutsDatesIntoTheUsersWords)
         {"en_US@calendar=buddhist", "Saturday 5 July 2003", {"2003-07-05"}},
         {"no_such", "Saturday 5 July 2003", {"2003-07-05"}},
     };
-    for (const auto& [locale, shown, forms] : kCases) {
+    for (const auto& [locale, shown, forms] : cases) {
         for (const char* given : forms)
             EXPECT_EQ(FeedDate(locale).Format(given), shown) << locale << " " << given;
     }
@@ -56,5 +51,4 @@ TEST(FeedDate, LeavesWhatIsNoDateAsItIs)
     EXPECT_EQ(FeedDate("sv_SE").Format("03/07/05"), "03/07/05") << "the year may come first";
 }
 
-} // namespace
 } // namespace vantro

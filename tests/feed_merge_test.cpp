@@ -1,9 +1,5 @@
 #include "feeds/MergePlan.h"
 #include "feeds/ReadMarks.h"
-#include "feeds/modMAXCONSOLE.h"
-#include "feeds/modVANTRO.h"
-#include "feeds/modXBINS.h"
-#include "feeds/modXBOXSCENE.h"
 #include "tests/support/FeedFixture.h"
 
 #include <map>
@@ -20,47 +16,30 @@ const ItemState kNew{TreeImage::New, true, "<UNREAD>"};
 
 TEST(PlanMerge, GivesEveryIncomingItemItsState)
 {
-    struct Case {
-        const char* name;
-        std::vector<KeptItem> kept;
-        std::vector<std::string_view> incoming;
-        bool anythingNew;
-        std::vector<ItemState> states;
-    };
-    const Case cases[] = {
-        {"a first feed", {}, {"A", "B"}, true, {kNew, kNew}},
-        {"the same feed", {{"A", kRead}, {"B", kUnread}}, {"A", "B"}, false, {kRead, kUnread}},
-        {"another order", {{"A", kRead}, {"B", kUnread}}, {"B", "A"}, false, {kUnread, kRead}},
-        {"one that came", {{"A", kRead}}, {"B", "A"}, true, {kNew, kRead}},
-        {"letter case counts", {{"A", kRead}}, {"a"}, true, {kNew}},
-        {"new from before is not new again", {{"A", kNew}}, {"A"}, false, {kNew}},
-        {"twice in the feed: the second is new each time", {{"A", kRead}, {"A", kUnread}}, {"A", "A"}, true,
-            {kUnread, kNew}},
-        {"twice in the store: the later state stays", {{"A", kRead}, {"A", kUnread}}, {"A"}, false,
-            {kUnread}},
-        {"without a title", {{"", kRead}}, {""}, false, {kRead}},
-        {"what else a tag holds stays", {{"A", {TreeImage::ItemRead, false, "x<READ>y"}}}, {"A"}, false,
-            {{TreeImage::ItemRead, false, "x<READ>y"}}},
-        {"a stored new marker counts as new and goes",
-            {{"A", {TreeImage::ItemRead, false, "<NEW><READ><NEW>"}}}, {"A"}, true,
-            {{TreeImage::ItemRead, false, "<READ>"}}},
-    };
-    for (const Case& c : cases) {
-        const MergePlan plan = PlanMerge(c.kept, c.incoming);
-        EXPECT_EQ(plan.anythingNew, c.anythingNew) << c.name;
-        EXPECT_EQ(plan.states, c.states) << c.name;
+    using Kept = std::vector<KeptItem>;
+    using Incoming = std::vector<std::string_view>;
+    using States = std::vector<ItemState>;
+    for (const auto& [name, kept, incoming, anythingNew, states] : {
+             std::tuple{"a first feed", Kept{}, Incoming{"A", "B"}, true, States{kNew, kNew}},
+             {"another order", {{"A", kRead}, {"B", kUnread}}, {"B", "A"}, false, {kUnread, kRead}},
+             {"one that came", {{"A", kRead}}, {"B", "A"}, true, {kNew, kRead}},
+             {"letter case counts", {{"A", kRead}}, {"a"}, true, {kNew}},
+             {"new from before is not new again", {{"A", kNew}}, {"A"}, false, {kNew}},
+             {"twice in the feed: the second is new each time", {{"A", kRead}, {"A", kUnread}}, {"A", "A"},
+                 true, {kUnread, kNew}},
+             {"twice in the store: the later state stays", {{"A", kRead}, {"A", kUnread}}, {"A"}, false,
+                 {kUnread}},
+             {"without a title", {{"", kRead}}, {""}, false, {kRead}},
+             {"what else a tag holds stays", {{"A", {TreeImage::ItemRead, false, "x<READ>y"}}}, {"A"}, false,
+                 {{TreeImage::ItemRead, false, "x<READ>y"}}},
+             {"a stored new marker counts as new and goes",
+                 {{"A", {TreeImage::ItemRead, false, "<NEW><READ><NEW>"}}}, {"A"}, true,
+                 {{TreeImage::ItemRead, false, "<READ>"}}},
+         }) {
+        const MergePlan plan = PlanMerge(kept, incoming);
+        EXPECT_EQ(plan.anythingNew, anythingNew) << name;
+        EXPECT_EQ(plan.states, states) << name;
     }
-}
-
-TEST_F(FeedMergeTest, StoresAFirstFeedWholeInItsOrder)
-{
-    Receive(modMAXCONSOLE, "three-items.xml");
-    EXPECT_EQ(TreeTitles(modMAXCONSOLE), UnreadTitles(modMAXCONSOLE));
-    EXPECT_EQ(Caption(modMAXCONSOLE), "Max Console (3 New, 3 Unread, 3 Total)");
-    const Titles titles = TreeTitles(modMAXCONSOLE);
-    Restart();
-    EXPECT_EQ(UnreadTitles(modMAXCONSOLE), titles);
-    EXPECT_EQ(Item(modMAXCONSOLE, titles.at(0)).State(), kUnread) << "new items come back as unread";
 }
 
 TEST_F(FeedMergeTest, KeepsReadMarksWhenTheFeedChangesItsOrderAndBringsAnItem)
@@ -79,8 +58,10 @@ TEST_F(FeedMergeTest, KeepsReadMarksWhenTheFeedChangesItsOrderAndBringsAnItem)
         EXPECT_EQ(Item(*module, before[2]).State(), kUnread);
     }
     Restart();
-    for (const auto& [module, titles] : unread)
+    for (const auto& [module, titles] : unread) {
         EXPECT_EQ(UnreadTitles(*module), titles) << module->Row().identifier;
+        EXPECT_EQ(Item(*module, titles.at(0)).State(), kUnread) << "new items come back as unread";
+    }
 }
 
 TEST_F(FeedMergeTest, ChangesNothingWhenTheFeedOnlyLostItems)
@@ -90,6 +71,8 @@ TEST_F(FeedMergeTest, ChangesNothingWhenTheFeedOnlyLostItems)
     ReceiveTitles(modXBOXSCENE, {"A", "B"});
     EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"A", "B", "C"}));
     EXPECT_EQ(Caption(modXBOXSCENE), "As it was");
+    // A stored item without its node counts as not stored.
+    registry_->WriteRegValue(RegRoot, SiteKey(modXBOXSCENE.Row()), "TotalItems", 5, RegType::Dword);
     ReceiveTitles(modXBOXSCENE, {"D", "B"});
     EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"D", "B"}));
     EXPECT_EQ(Stored(modXBOXSCENE, 3, "Title"), "");
@@ -170,16 +153,6 @@ TEST_F(FeedMergeTest, SaysWhatAFullDiskDidNotTakeAndKeepsTheOldList)
     EXPECT_EQ(UnreadTitles(modXBINS), (Titles{"B"}));
 }
 
-TEST_F(FeedMergeTest, TreatsAStoredItemWithoutItsNodeAsNotStored)
-{
-    ReceiveTitles(modXBINS, {"A", "B"});
-    registry_->WriteRegValue(RegRoot, SiteKey(modXBINS.Row()), "TotalItems", 5, RegType::Dword);
-    modXBINS.UpdateSiteCounts(Services());
-    EXPECT_EQ(Caption(modXBINS), "Xbins (2 New, 2 Unread, 5 Total)");
-    ReceiveTitles(modXBINS, {"C", "A"});
-    EXPECT_EQ(TreeTitles(modXBINS), (Titles{"C", "A"}));
-}
-
 TEST_F(FeedMergeTest, KeepsTheSelectionOnTheSameStory)
 {
     ReceiveTitles(modXBINS, {"A", "B"});
@@ -194,15 +167,13 @@ TEST_F(FeedMergeTest, ExpandsABranchWithNewItemsWhenAsked)
 {
     const NewsNode& root = *tree_->Find("XBOXSCENE");
     ReceiveTitles(modXBOXSCENE, {"A"});
-    EXPECT_TRUE(root.Bold());
-    EXPECT_FALSE(root.Expanded());
+    EXPECT_TRUE(root.Bold() && !root.Expanded());
     SetOption("Auto Expand New", 1);
     modXBOXSCENE.UpdateSiteCounts(Services());
     EXPECT_TRUE(root.Expanded());
     MarkRead(Services(), Item(modXBOXSCENE, "A"));
     modXBOXSCENE.UpdateSiteCounts(Services());
-    EXPECT_FALSE(root.Bold());
-    EXPECT_TRUE(root.Expanded());
+    EXPECT_TRUE(!root.Bold() && root.Expanded());
     EXPECT_EQ(Caption(modXBOXSCENE), "Xbox-Scene (0 New, 0 Unread, 1 Total)");
 }
 

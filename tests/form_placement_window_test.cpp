@@ -7,10 +7,8 @@
 #include <wx/frame.h>
 
 namespace vantro::test {
-namespace {
 
-class FormPlacementTest : public FeedFixture {
-protected:
+struct FormPlacementTest : FeedFixture {
     void Start()
     {
         frame = new wxFrame(nullptr, wxID_ANY, "Vantro");
@@ -73,5 +71,4 @@ TEST_F(FormPlacementTest, ComesBackTheSameHoweverOftenItIsStarted)
     }
 }
 
-} // namespace
 } // namespace vantro::test

@@ -1,5 +1,4 @@
 #include "feeds/ReadMarks.h"
-#include "feeds/modXBINS.h"
 #include "platform/SqliteStatement.h"
 #include "tests/support/FeedFixture.h"
 
@@ -20,8 +19,7 @@ constexpr int kItems = 300;
 
 using ItemStoreTest = FeedFixture;
 
-class KillTest : public FeedFixture {
-protected:
+struct KillTest : FeedFixture {
     // Two lists with every third item in common; each feed brings the others as new.
     void ReceiveList(int list)
     {

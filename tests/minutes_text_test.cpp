@@ -3,10 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <string>
 
 namespace vantro {
-namespace {
 
 TEST(MinutesTextTest, TakesTheNumberThatTheTextStartsWith)
 {
@@ -17,15 +15,11 @@ TEST(MinutesTextTest, TakesTheNumberThatTheTextStartsWith)
         {"--5", 0}, {"5-3", 5}, {"1,5", 1}, {"2.5", 2}, {"3.5", 4}, {"-2.5", -2}, {"2.51", 3}, {".5", 0},
         {".6", 1}, {"7.", 7}, {"1.2.9", 1}, {".", 0}, {"1e2", 100}, {"1E+2", 100}, {"1d2", 100}, {"15D-1", 2},
         {"1 e 2", 100}, {"3e", 3}, {"3e+", 3}, {"e2", 0}, {"&H10", 0}, {"0x10", 0}, {"inf", 0}, {"nan", 0},
-        {"\xC2\xA0"
-         "5",
-            0},
-        {"2147483647", kMost}, {"2147483648", kMost}, {"-2147483649", kLeast}, {"1e999", kMost},
-        {"-1e999", kLeast}, {"1e-999", 0}, {"0e999", 0}, {std::string(5000, '9'), kMost},
+        {"\u00A05", 0}, {"2147483647", kMost}, {"2147483648", kMost}, {"-2147483649", kLeast},
+        {"1e999", kMost}, {"-1e999", kLeast}, {"1e-999", 0}, {"0e999", 0}, {std::string(5000, '9'), kMost},
         {"." + std::string(5000, '0') + "1", 0}, {"1e99999999999999999999", kMost}};
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(MinutesFromText(text), expected) << text.substr(0, 40);
 }
 
-} // namespace
 } // namespace vantro

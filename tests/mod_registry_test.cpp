@@ -5,14 +5,12 @@
 #include <limits>
 
 namespace vantro {
-namespace {
 
 constexpr RootKey kRoot = RootKey::LocalMachine;
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
 
-class ModRegistryTest : public testing::Test {
-protected:
+struct ModRegistryTest : testing::Test {
     ModRegistryTest() { registry_.CreateRegKey(kRoot, "Software\\Vantro"); }
 
     RegValue WriteAndRead(const RegValue& value, RegType type, const char* key = "Software\\Vantro")
@@ -60,5 +58,4 @@ TEST_F(ModRegistryTest, WhatIsNeitherTextNorNumberReadsAsEmpty)
     EXPECT_EQ(registry_.QueryValueData(key, "missing", none), 2);
 }
 
-} // namespace
 } // namespace vantro

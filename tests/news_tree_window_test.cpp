@@ -6,14 +6,11 @@
 #include <wx/frame.h>
 #include <wx/menu.h>
 #include <wx/sizer.h>
-#include <wx/uiaction.h>
 
 namespace vantro::test {
-namespace {
 
 // The list on the screen over a tree of two sites.
-class NewsTreeViewTest : public testing::Test {
-protected:
+struct NewsTreeViewTest : testing::Test {
     NewsTreeViewTest()
     {
         for (const char* site : {"XBINS", "XBOXSCENE"})
@@ -42,22 +39,7 @@ protected:
     {
         return view->GetItemRect(wxDataViewItem(tree.Find(key)), view->GetColumn(0));
     }
-    void Press(wxPoint place, int button, bool twice = false)
-    {
-        wxUIActionSimulator mouse;
-        mouse.MouseMove(view->ClientToScreen(place));
-        Rest();
-        mouse.MouseClick(button);
-        Rest();
-        if (twice)
-            mouse.MouseClick(button);
-        Rest();
-    }
-    static void Rest()
-    {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(150);
-        (void)PumpUntil([end] { return std::chrono::steady_clock::now() > end; });
-    }
+    static void Rest() { test::Rest(std::chrono::milliseconds(150)); }
     [[nodiscard]] std::string TopRow() const
     {
         const auto* node = static_cast<const NewsNode*>(view->GetTopItem().GetID());
@@ -86,14 +68,16 @@ TEST_F(NewsTreeViewTest, ArrowAndDoubleClickOpenABranchWithoutAClickOnItsItems)
     tree.Select(tree.Find("xbin2"));
     Rest();
     const wxRect row = Row("XBINS");
-    const wxPoint arrow(row.x - 8, row.y + row.height / 2);
-    Press(arrow, wxMOUSE_BTN_LEFT);
+    for (const bool expanded : {false, true}) {
+        Click(*view, {row.x - 8, row.y + row.height / 2});
+        EXPECT_EQ(Site("XBINS").Expanded(), expanded);
+    }
+    Rest(); // or these clicks and the next are one series
+    Click(*view, row.GetPosition() + wxPoint(30, 5));
+    wxUIActionSimulator().MouseClick();
+    Rest();
     EXPECT_FALSE(Site("XBINS").Expanded());
-    Press(arrow, wxMOUSE_BTN_LEFT);
-    EXPECT_TRUE(Site("XBINS").Expanded());
-    Press(row.GetPosition() + wxPoint(30, 5), wxMOUSE_BTN_LEFT, true);
-    EXPECT_FALSE(Site("XBINS").Expanded());
-    Press(wxPoint(150, 200), wxMOUSE_BTN_LEFT); // below the rows
+    Click(*view, {150, 200}); // below the rows
     EXPECT_EQ(clicks, "");
 }
 
@@ -130,7 +114,7 @@ TEST_F(NewsTreeViewTest, KeysAndRightClicksKeepFocusAndSelectionTogether)
     Rest();
     EXPECT_TRUE(view->HasFocus());
     EXPECT_EQ(view->GetSelection().GetID(), tree.Find("XBINS"));
-    Press(Row("XBOXSCENE").GetPosition() + wxPoint(20, 5), wxMOUSE_BTN_RIGHT);
+    Click(*view, Row("XBOXSCENE").GetPosition() + wxPoint(20, 5), wxMOUSE_BTN_RIGHT);
     EXPECT_EQ(clicks, "popup ");
     EXPECT_TRUE(MenuIsOpen());
     EXPECT_EQ(tree.SelectedItem(), tree.Find("XBOXSCENE"));
@@ -141,5 +125,4 @@ TEST_F(NewsTreeViewTest, KeysAndRightClicksKeepFocusAndSelectionTogether)
     ASSERT_TRUE(PumpUntil([this] { return !MenuIsOpen(); }));
 }
 
-} // namespace
 } // namespace vantro::test

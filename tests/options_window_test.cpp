@@ -5,13 +5,10 @@
 #include <gtk/gtk.h>
 #include <wx/checkbox.h>
 #include <wx/textctrl.h>
-#include <wx/uiaction.h>
 
 namespace vantro::test {
-namespace {
 
-class OptionsDialogTest : public FeedFixture {
-protected:
+struct OptionsDialogTest : FeedFixture {
     void Open()
     {
         dialog = new frmOptions(
@@ -19,11 +16,6 @@ protected:
         box = wxDynamicCast(dialog->FindWindow("chkCheckInterval"), wxCheckBox);
         minutes = wxDynamicCast(dialog->FindWindow("txtCheckInterval"), wxTextCtrl);
         ASSERT_TRUE(ShowAndSettle(*dialog));
-    }
-    static void Click(const wxWindow* window, int x)
-    {
-        wxUIActionSimulator().MouseMove(window->ClientToScreen(wxPoint(x, window->GetSize().y / 2)));
-        wxUIActionSimulator().MouseClick();
     }
 
     frmOptions* dialog = nullptr;
@@ -49,9 +41,9 @@ TEST_F(OptionsDialogTest, TheMouseSwitchesCheckingOnAndOffAndEveryKeystrokeStore
     Open();
     EXPECT_TRUE(Option("Check Interval").IsEmpty() && Option("Check Interval Minutes").IsEmpty());
     EXPECT_FALSE(minutes->IsEnabled());
-    Click(box, 40);
+    Click(*box, {40, 10});
     ASSERT_TRUE(PumpUntil([&] { return Option("Check Interval") == 1 && minutes->IsEnabled(); }));
-    Click(minutes, minutes->GetSize().x / 2); // also shows that it lies above the caption
+    Click(*minutes, {10, 10}); // also shows that it lies above the caption
     ASSERT_TRUE(PumpUntil([&] { return minutes->HasFocus(); }));
     for (const auto& [key, stored] : {std::pair('1', 1), {'5', 15}, {'.', 15}, {'5', 16}, {'x', 16}}) {
         const auto length = minutes->GetValue().length();
@@ -59,7 +51,7 @@ TEST_F(OptionsDialogTest, TheMouseSwitchesCheckingOnAndOffAndEveryKeystrokeStore
         ASSERT_TRUE(PumpUntil([&] { return minutes->GetValue().length() > length; }));
         EXPECT_EQ(Option("Check Interval Minutes").ToNumber(), stored);
     }
-    Click(box, 40);
+    Click(*box, {40, 10});
     ASSERT_TRUE(PumpUntil([&] { return Option("Check Interval") == 0 && !minutes->IsEnabled(); }));
     EXPECT_EQ(timer, "start stop ") << "typing leaves the timer alone";
     DestroyAndWait(*dialog);
@@ -73,7 +65,7 @@ TEST_F(OptionsDialogTest, WhatAHeldStoreDoesNotTakeIsSaidOnceForEachBatch)
     RegistryStore::Batch holds(other);
     other.CreateKey("held");
     Open();
-    Click(box, 40);
+    Click(*box, {40, 10});
     ASSERT_TRUE(PumpUntil([&] { return said_.size() == 2; }));
     dialog->Close();
     const std::string lost = " could not be stored: The store is held by another program.";
@@ -102,5 +94,4 @@ TEST_F(OptionsDialogTest, ClipsNoTextAndPutsTheMinutesBoxOnTheBlanks)
     DestroyAndWait(*dialog);
 }
 
-} // namespace
 } // namespace vantro::test

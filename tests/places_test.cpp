@@ -5,40 +5,16 @@
 #include "tests/support/FeedFixture.h"
 
 #include <cstdlib>
-#include <optional>
 
 namespace vantro {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-// Sets an environment variable for the length of a test.
-class Variable {
-public:
-    Variable(const char* name, const char* value) : name_(name)
-    {
-        if (const char* before = std::getenv(name))
-            before_ = before;
-        setenv(name, value, 1);
-    }
-    ~Variable() { before_ ? setenv(name_, before_->c_str(), 1) : unsetenv(name_); }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-private:
-    const char* name_;
-    std::optional<std::string> before_;
-};
-
-} // namespace
-
 TEST(Paths, FollowTheBaseDirectoryRules)
 {
-    const Variable home("HOME", "/home/ann");
-    const Variable data("XDG_DATA_HOME", "/data");
-    const Variable config("XDG_CONFIG_HOME", "relative/is/ignored");
-    const Variable cache("XDG_CACHE_HOME", "");
+    for (const auto& [name, value] : {std::pair{"HOME", "/home/ann"}, {"XDG_DATA_HOME", "/data"},
+             {"XDG_CONFIG_HOME", "relative/is/ignored"}, {"XDG_CACHE_HOME", ""}})
+        setenv(name, value, 1);
     EXPECT_EQ(DataFolder(), "/data/vantro");
     EXPECT_EQ(ConfigFolder(), "/home/ann/.config/vantro");
     EXPECT_EQ(CacheFolder(), "/home/ann/.cache/vantro");
@@ -74,17 +50,10 @@ TEST(RunFolder, SaysWhenItCannotBeMade)
 TEST(HostsFile, GivesBuiltInAddressesForWhatIsMissingOrUnusable)
 {
     const TemporaryFolder temporary;
-    const auto read
-        = [&](std::string_view text) { return ReadHostsFile(temporary.Write("vantro.ini", text)); };
     const std::string builtIn(kBuildSettings.hostXbins);
-    struct Case {
-        const char* name;
-        std::string text;
-        std::string xbins;
-        const char* notice; // a part of it
-    };
-    for (const Case& c : {
-             Case{"empty", "", builtIn, ""},
+    for (const auto& [name, text, xbins, notice] : {
+             // of the notice a part
+             std::tuple{"empty", "", builtIn, ""},
              {"set", "[Hosts]\nXBINS=http://127.0.0.1:8750/\n", "http://127.0.0.1:8750", ""},
              {"https", "[Hosts]\nXBINS=HTTPS://feeds.example\n", "HTTPS://feeds.example", ""},
              {"another scheme", "[Hosts]\nXBINS=file:///etc\n", builtIn, "XBINS"},
@@ -93,10 +62,10 @@ TEST(HostsFile, GivesBuiltInAddressesForWhatIsMissingOrUnusable)
              {"garbage", "\x01\xFF garbage\n", builtIn, "vantro.ini cannot be read"},
              {"another group", "[Other]\nXBINS=http://x.example\n", builtIn, ""},
          }) {
-        const FeedHosts hosts = read(c.text);
-        EXPECT_EQ(hosts.xbins, c.xbins) << c.name;
-        EXPECT_EQ(hosts.notice.empty(), *c.notice == '\0') << c.name << ": " << hosts.notice;
-        EXPECT_NE(hosts.notice.find(c.notice), std::string::npos) << c.name << ": " << hosts.notice;
+        const FeedHosts hosts = ReadHostsFile(temporary.Write("vantro.ini", text));
+        EXPECT_EQ(hosts.xbins, xbins) << name;
+        EXPECT_EQ(hosts.notice.empty(), *notice == '\0') << name << ": " << hosts.notice;
+        EXPECT_NE(hosts.notice.find(notice), std::string::npos) << name << ": " << hosts.notice;
     }
     EXPECT_EQ(ReadHostsFile(temporary.Path() / "missing.ini").notice, "");
     EXPECT_NE(ReadHostsFile(temporary.Path()).notice, "") << "a folder is no file";

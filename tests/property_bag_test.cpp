@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 namespace vantro {
-namespace {
 
 TEST(PropertyBagTest, StoresWhatDiffersFromItsDefaultAndReadsItBackFromAForm)
 {
@@ -40,5 +39,4 @@ TEST(PropertyBagTest, SkipsGarbageAndKeepsNestedBlocksApart)
     EXPECT_EQ(read[0].properties.ReadInt32("lost", 3) + read[1].properties.ReadInt32("y", 4), 7);
 }
 
-} // namespace
 } // namespace vantro

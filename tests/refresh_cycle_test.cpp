@@ -1,5 +1,3 @@
-#include "feeds/modXBINS.h"
-#include "feeds/modXBOXSCENE.h"
 #include "shell/RefreshCycle.h"
 #include "shell/TreeClicks.h"
 #include "tests/support/FeedFixture.h"
@@ -9,8 +7,7 @@ namespace vantro {
 
 namespace {
 
-class FakeTimer final : public MinuteTimer {
-public:
+struct FakeTimer final : MinuteTimer {
     void Enable(std::chrono::milliseconds interval) override { interval_ = interval; }
     void Disable() override { interval_ = {}; }
 
@@ -18,8 +15,7 @@ public:
 };
 
 // A refresh cycle whose downloads go nowhere: each is refused at once or never started.
-class RefreshCycleTest : public FeedFixture {
-protected:
+struct RefreshCycleTest : FeedFixture {
     std::string Tick()
     {
         countdown_.clear();
@@ -48,11 +44,8 @@ TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
     cycle_.StartRefreshTimer();
     EXPECT_EQ(timer_.interval_, std::chrono::minutes(1));
     for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(Tick(), "Checking for new items in 5 minutes");
-        Tick();
-        Tick();
-        EXPECT_EQ(Tick(), "Checking for new items in 2 minutes");
-        EXPECT_EQ(Tick(), "Checking for new items in 1 minute");
+        for (const std::string left : {"5 minutes", "4 minutes", "3 minutes", "2 minutes", "1 minute"})
+            EXPECT_EQ(Tick(), "Checking for new items in " + left);
         EXPECT_TRUE(boxes_.empty());
         EXPECT_EQ(Tick(), "");
         EXPECT_EQ(boxes_.size(), 3U) << "the check has begun, and each news site's download failed";

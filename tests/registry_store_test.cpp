@@ -26,8 +26,7 @@ Database Tell(const fs::path& file, const char* sql)
     return Database(opened);
 }
 
-class RegistryStoreTest : public testing::Test {
-protected:
+struct RegistryStoreTest : testing::Test {
     static bool Put(RegistryStore& store, std::string_view path, std::string_view text)
     {
         return store.SetValue(store.CreateKey(path), "Tag", RegType::Sz, text);

@@ -1,6 +1,10 @@
 #pragma once
 
 #include "feeds/SiteModules.h"
+#include "feeds/modMAXCONSOLE.h"
+#include "feeds/modVANTRO.h"
+#include "feeds/modXBINS.h"
+#include "feeds/modXBOXSCENE.h"
 #include "shell/modMain.h"
 
 #include <filesystem>

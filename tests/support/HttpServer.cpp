@@ -109,11 +109,10 @@ void HttpServer::Handle(int socket)
     ++answers_[path].ended;
 }
 
-std::string HttpText(std::string_view status, std::string_view body, std::string_view headerLines)
+std::string HttpText(const std::string& status, const std::string& body, const std::string& headerLines)
 {
-    std::string text = "HTTP/1.1 ";
-    text.append(status).append("\r\n").append(headerLines);
-    return text.append("Content-Length: " + std::to_string(body.size()) + "\r\n\r\n").append(body);
+    const std::string length = "Content-Length: " + std::to_string(body.size());
+    return "HTTP/1.1 " + status + "\r\n" + headerLines + length + "\r\n\r\n" + body;
 }
 
 } // namespace vantro::test

@@ -47,6 +47,7 @@ private:
 };
 
 // A well-formed answer: `status` such as "200 OK", extra header lines each ending in "\r\n".
-std::string HttpText(std::string_view status, std::string_view body = {}, std::string_view headerLines = {});
+std::string HttpText(
+    const std::string& status, const std::string& body = {}, const std::string& headerLines = {});
 
 } // namespace vantro::test

@@ -4,8 +4,8 @@
 
 #include <chrono>
 #include <functional>
-
-class wxTopLevelWindow;
+#include <wx/toplevel.h>
+#include <wx/uiaction.h>
 
 namespace vantro::test {
 
@@ -14,6 +14,12 @@ inline constexpr std::chrono::seconds kPatience{10};
 // Handles events until `condition` holds; false when it did not before the deadline.
 [[nodiscard]] bool PumpUntil(
     const std::function<bool()>& condition, std::chrono::milliseconds deadline = kPatience);
+
+// Handles events for a while, so that what was done takes effect.
+void Rest(std::chrono::milliseconds time);
+
+// Clicks inside a window as a user would.
+void Click(const wxWindow& window, wxPoint place, int button = wxMOUSE_BTN_LEFT);
 
 // Shows a window and waits until the window manager has placed and decorated it. False when it never comes to
 // rest.

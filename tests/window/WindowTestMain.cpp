@@ -3,7 +3,6 @@
 #include <wx/app.h>
 #include <wx/evtloop.h>
 #include <wx/init.h>
-#include <wx/toplevel.h>
 #include <wx/weakref.h>
 
 #include <cstdlib>
@@ -37,6 +36,21 @@ bool PumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds
         loop->ProcessIdle();
     }
     return true;
+}
+
+void Rest(std::chrono::milliseconds time)
+{
+    const auto end = std::chrono::steady_clock::now() + time;
+    (void)PumpUntil([end] { return std::chrono::steady_clock::now() > end; });
+}
+
+void Click(const wxWindow& window, wxPoint place, int button)
+{
+    wxUIActionSimulator mouse;
+    mouse.MouseMove(window.ClientToScreen(place));
+    Rest(std::chrono::milliseconds(150));
+    mouse.MouseClick(button);
+    Rest(std::chrono::milliseconds(150));
 }
 
 bool ShowAndSettle(wxTopLevelWindow& window)
