@@ -59,12 +59,13 @@ private:
 class CountedBrowser final : public PageBrowser {
 public:
     CountedBrowser(Browser& browser, Stopwatch& own) : browser_(browser), own_(own) { }
-    void Navigate(const std::string& address, LoadEnded ended) override
+    void ShowBlank(LoadEnded ended) override
     {
-        own_.Pause([&] {
-            browser_.Navigate(
-                address, [this, ended = std::move(ended)](LoadEnd end) { own_.Run([&] { ended(end); }); });
-        });
+        own_.Pause([&] { browser_.ShowBlank(Counted(std::move(ended))); });
+    }
+    void ShowPage(const LocalPage& page, LoadEnded ended) override
+    {
+        own_.Pause([&] { browser_.ShowPage(page, Counted(std::move(ended))); });
     }
     void NavigateFrame(const std::string& address, std::string_view frame) override
     {
@@ -74,6 +75,11 @@ public:
     void SetSilent(bool silent) override { browser_.SetSilent(silent); }
 
 private:
+    LoadEnded Counted(LoadEnded ended)
+    {
+        return [this, ended = std::move(ended)](LoadEnd end) { own_.Run([&] { ended(end); }); };
+    }
+
     Browser& browser_;
     Stopwatch& own_;
 };
@@ -179,7 +185,7 @@ private:
     NewsTree tree_;
     wxFrame* frame_ = new wxFrame(nullptr, wxID_ANY, "Clicks", wxDefaultPosition, wxSize(900, 600));
     Stopwatch own_;
-    Browser browser_{frame_, folder_, [] { Fail("The engine's process died."); }};
+    Browser browser_{frame_, [] { Fail("The engine's process died."); }};
     CountedBrowser counted_{browser_, own_};
     PageDisplay display_{counted_, Services(), folder_};
 };

@@ -3,6 +3,7 @@
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "feeds/ReadMarks.h"
+#include "platform/DisplayAddress.h"
 #include "platform/PageAddress.h"
 #include "platform/Resources.h"
 #include "platform/TextCoding.h"
@@ -71,7 +72,7 @@ void PageDisplay::Start()
         ShowFiles({});
         return;
     }
-    browser_.Navigate("about:blank", WhileNewest([this](PageBrowser::LoadEnd) { ShowItemFiles(); }));
+    browser_.ShowBlank(WhileNewest([this](PageBrowser::LoadEnd) { ShowItemFiles(); }));
 }
 
 // An answer that comes when a newer page was asked for does nothing.
@@ -122,8 +123,13 @@ void PageDisplay::ShowFiles(const Values& values)
         End();
         return;
     }
-    browser_.Navigate((folder_ / request_.page->shown).string(),
-        WhileNewest([this](PageBrowser::LoadEnd end) { FilesLoaded(end); }));
+    LocalPage page{newest_, folder_, request_.page->deleted, request_.page->shown};
+    if (request_.site != nullptr) {
+        page.frames = {{kTitleFrame, request_.page->filled.back().file},
+            {kMainFrame, request_.page->filled.front().file, true}};
+        page.link = AddressOfLink(values.at("Link"));
+    }
+    browser_.ShowPage(page, WhileNewest([this](PageBrowser::LoadEnd end) { FilesLoaded(end); }));
 }
 
 bool PageDisplay::WriteFiles(const Values& values)
@@ -165,7 +171,7 @@ std::string PageDisplay::ValueOf(const Replacement& step, const Values& values) 
         return IsOn(step.argument)
             ? std::string(request_.page->externalPrefix) + std::to_string(ItemNumber(request_.item->key))
             : std::string(kMainFrame);
-    case PageValue::FileOf: return PathForPage((folder_ / step.argument).string());
+    case PageValue::FileOf: return DisplayAddress(newest_).OfFile(step.argument);
     }
     return {};
 }

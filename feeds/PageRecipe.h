@@ -12,7 +12,7 @@ enum class PageValue : std::uint8_t {
     Version, // the program's version line
     MainFrame, // the name of the bottom frame
     ExternalTarget, // a target outside the page when the option `argument` is on, else the bottom frame
-    FileOf // the full path of the page file `argument`
+    FileOf // the address under which the browser finds the page file `argument`
 };
 
 // One step of filling a template: every occurrence of `search` gives way to the value, also in what earlier
@@ -42,13 +42,14 @@ struct PageField {
     bool isDate = false;
 };
 
+inline constexpr std::string_view kTitleFrame = "titleFrame";
 inline constexpr std::string_view kMainFrame = "mainFrame";
 
 // A page as data. All lists are in the order in which things are done.
 struct PageRecipe {
     std::string_view resourceType;
     std::span<const SavedResource> saved;
-    std::span<const FilledTemplate> filled;
+    std::span<const FilledTemplate> filled; // of item pages: that of the bottom frame, that of the top frame
     std::string_view shown; // the file the browser is sent to
     std::span<const std::string_view> deleted;
 

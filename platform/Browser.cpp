@@ -1,14 +1,32 @@
 #include "platform/Browser.h"
 
+#include "platform/TextCoding.h"
+#include "shell/modMain.h"
+
 #include <utility>
 #include <wx/utils.h>
-#include <wx/webview.h>
 
 namespace vantro {
 
 namespace {
+
 constexpr int kComplete = 4;
 constexpr int kLoading = 1;
+constexpr const char* kBlankPage = "about:blank";
+constexpr std::string_view kStoryFrame = "mainFrame";
+
+PagePart PartOf(std::string_view file, std::string bytes)
+{
+    if (file.ends_with(".gif"))
+        return {std::move(bytes), "image/gif"};
+    if (file.ends_with(".jpg"))
+        return {std::move(bytes), "image/jpeg"};
+    // The engine writes the query of an address in the encoding of its page, and servers expect UTF-8. The mark
+    // in front counts more than what the page says of itself.
+    constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+    return {std::string(kUtf8Mark) + DecodePageText(bytes), "text/html"};
+}
+
 } // namespace
 
 void OpenInDefaultProgram(const std::string& address)
@@ -16,53 +34,94 @@ void OpenInDefaultProgram(const std::string& address)
     wxLaunchDefaultBrowser(wxString::FromUTF8(address));
 }
 
-Browser::Browser(wxWindow* parent, const std::filesystem::path& pageFolder, std::function<void()> lost,
-    BrowserSettings settings)
-    : lost_(std::move(lost)), settings_(std::move(settings)), limit_(this)
+Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings settings)
+    : lost_(std::move(lost)), settings_(std::move(settings)), limit_(this), answerLimit_(this)
 {
-    NativeWebView::PrepareEngine(pageFolder);
-    view_ = wxWebView::New(parent, wxID_ANY, "about:blank", wxDefaultPosition, wxDefaultSize,
-        wxWebViewBackendDefault, wxBORDER_NONE, "web");
-    native_ = std::make_unique<NativeWebView>(*view_,
-        NativeWebView::Events{[this](const Navigation& navigation) { return Allow(navigation); },
-            [this](const std::string& address) { LoadCame(address, LoadEnd::Complete); },
-            [this](const std::string& address) { LoadCame(address, LoadEnd::Failed); },
-            [this] {
-                expected_.clear();
-                limit_.Stop();
-                CallAfter([this] { lost_(); });
-            },
-            [this] {
-                CallAfter([this] {
-                    if (!expected_.empty())
-                        LoadAfresh();
-                });
-            }});
-    policy_.PageBegins("about:blank", {});
-    Bind(wxEVT_TIMER, [this](wxTimerEvent&) {
-        if (!expected_.empty())
+    NativeWebView::Events events;
+    events.allow = [this](const Navigation& navigation) { return Allow(navigation); };
+    events.serve = [this](const std::string& address) { return Part(address); };
+    // The engine also reports loads that were given up for a newer one, and "finished" after every failure.
+    events.finished = [this](const std::string& address) {
+        if (loading_ && address == page_.address)
+            NextText();
+    };
+    events.failed = [this](const std::string& address) {
+        if (loading_ && address == page_.address)
+            Finish(LoadEnd::Failed);
+    };
+    events.document = [this](const DocumentEnd& end) { DocumentCame(end); };
+    events.pressed = [this] { gate_.Pressed(); };
+    events.command = [this](NativeWebView::Command command, const std::string& link) { Do(command, link); };
+    events.processLost = [this] {
+        loading_ = false;
+        limit_.Stop();
+        CallAfter([this] { lost_(); });
+    };
+    events.processHangs = [this] {
+        CallAfter([this] {
+            if (loading_)
+                LoadAfresh();
+        });
+    };
+    native_ = std::make_unique<NativeWebView>(parent, std::move(events));
+    Bind(
+        wxEVT_TIMER,
+        [this](wxTimerEvent&) {
+            if (!loading_)
+                return;
+            native_->Stop(); // what has come is painted only then
             Finish(LoadEnd::TimedOut);
-    });
+        },
+        limit_.GetId());
+    Bind(
+        wxEVT_TIMER,
+        [this](wxTimerEvent&) {
+            DocumentCame({DocumentEnd::Kind::Late, wanted_});
+        },
+        answerLimit_.GetId());
 }
 
 Browser::~Browser() = default;
 
 wxWindow* Browser::Window() const
 {
-    return view_;
+    return native_->Window();
 }
 
-void Browser::Navigate(const std::string& address, LoadEnded ended)
+void Browser::ShowBlank(LoadEnded ended)
 {
-    expected_ = NativeWebView::Normalized(address);
-    folder_.clear();
-    if (address.starts_with('/')) {
-        folder_ = expected_.substr(0, expected_.rfind('/') + 1);
-        // Tells this load from an earlier one of the same file, whose end may still be reported.
-        expected_ += "?" + std::to_string(++loads_);
+    Begin({kBlankPage, {}, {}, {}}, {}, std::move(ended));
+}
+
+void Browser::ShowPage(const LocalPage& page, LoadEnded ended)
+{
+    const DisplayAddress addresses(page.number, page.link);
+    Page next{addresses.OfFile(page.shown), addresses, {}, {}};
+    std::map<std::string, PagePart> parts;
+    for (const std::string_view file : page.files) {
+        if (std::optional<std::string> bytes
+            = ReadWholeFile(page.folder / file)) // the engine reports the others
+            parts[addresses.OfFile(file)] = PartOf(file, std::move(*bytes));
     }
+    for (const LocalPage::Frame& frame : page.frames) {
+        next.frames.push_back(addresses.OfFile(frame.file));
+        next.texts.emplace_back(frame.name,
+            NativeWebView::Normalized(frame.isStory ? addresses.OfStory() : next.frames.back() + "?text"));
+        parts[next.texts.back().second] = std::exchange(parts[next.frames.back()], {{}, "text/html"});
+    }
+    Begin(std::move(next), std::move(parts), std::move(ended));
+}
+
+void Browser::Begin(Page page, std::map<std::string, PagePart> parts, LoadEnded ended)
+{
+    page_ = std::move(page);
+    parts_ = std::move(parts);
     ended_ = std::move(ended);
+    wanted_.clear();
+    followed_.clear();
+    answerLimit_.Stop();
     limit_.StartOnce(static_cast<int>(settings_.loadLimit.count()));
+    native_->SetCookies(false);
     if (native_->ProcessResponds())
         Load();
     else
@@ -71,8 +130,10 @@ void Browser::Navigate(const std::string& address, LoadEnded ended)
 
 void Browser::Load()
 {
-    policy_.PageBegins(expected_, folder_);
-    native_->Load(expected_);
+    loading_ = true;
+    textsSent_ = 0;
+    policy_.PageBegins(page_.address, page_.frames, page_.addresses);
+    native_->Load(page_.address);
 }
 
 // A page that keeps the engine busy could never be left.
@@ -85,12 +146,12 @@ void Browser::LoadAfresh()
 void Browser::NavigateFrame(const std::string& address, std::string_view frame)
 {
     if (IsWebAddress(address))
-        native_->LoadFrame(std::string(frame), address);
+        native_->LoadFrame(frame, address, false);
 }
 
 int Browser::ReadyState() const
 {
-    return expected_.empty() ? kComplete : kLoading;
+    return loading_ ? kLoading : kComplete;
 }
 
 void Browser::SetSilent(bool silent)
@@ -100,29 +161,107 @@ void Browser::SetSilent(bool silent)
 
 bool Browser::Allow(const Navigation& navigation)
 {
-    const NavigationPolicy::Verdict verdict = policy_.Decide(navigation);
-    if (verdict == NavigationPolicy::Verdict::OpenOutside)
-        CallAfter([this, address = navigation.address] { settings_.openOutside(address); });
-    return verdict == NavigationPolicy::Verdict::Allow;
+    const NavigationPolicy::Decision decision = policy_.Decide(navigation);
+    switch (decision.verdict) {
+    case NavigationPolicy::Verdict::Allow:
+        if (IsWebAddress(navigation.address)) {
+            wanted_ = navigation.address;
+            native_->SetCookies(true);
+            answerLimit_.StartOnce(static_cast<int>(settings_.loadLimit.count()));
+        }
+        return true;
+    case NavigationPolicy::Verdict::Follow:
+        CallAfter([this, address = decision.address] { NavigateFrame(address, kStoryFrame); });
+        return false;
+    case NavigationPolicy::Verdict::OpenOutside: OpenOutside(decision.address); return false;
+    case NavigationPolicy::Verdict::Ignore: return false;
+    }
+    return false;
 }
 
-// The engine also reports loads that were given up for a newer one, and "finished" after every failure.
-void Browser::LoadCame(const std::string& address, LoadEnd end)
+std::optional<PagePart> Browser::Part(const std::string& address) const
 {
-    if (!expected_.empty() && address == expected_)
-        Finish(end);
+    const auto found = parts_.find(address);
+    return found == parts_.end() ? std::nullopt : std::optional(found->second);
+}
+
+// The engine paints a page with frames only when everything in them has come, pictures from anywhere
+// included. So the frames are empty at first, and are sent to their texts one after the other when the page
+// is there.
+void Browser::NextText()
+{
+    if (textsSent_ == page_.texts.size()) {
+        Finish(LoadEnd::Complete);
+        return;
+    }
+    const auto& [frame, address] = page_.texts[textsSent_++];
+    policy_.FrameBegins(address);
+    native_->LoadFrame(frame, address, true);
 }
 
 void Browser::Finish(LoadEnd end)
 {
     limit_.Stop();
-    expected_.clear();
+    loading_ = false;
     policy_.PageEnds();
     // The engine is in the middle of its own work here.
     CallAfter([ended = std::exchange(ended_, {}), end] {
         if (ended)
             ended(end);
     });
+}
+
+void Browser::DocumentCame(const DocumentEnd& end)
+{
+    if (IsOwnAddress(end.address)) {
+        followed_.clear();
+        if (!loading_ || textsSent_ == 0 || end.address != page_.texts[textsSent_ - 1].second)
+            return;
+        if (end.kind == DocumentEnd::Kind::Finished)
+            NextText();
+        else if (end.kind != DocumentEnd::Kind::Answered)
+            Finish(LoadEnd::Failed);
+        return;
+    }
+    if (!IsWebAddress(end.address))
+        return;
+    answerLimit_.Stop();
+    if (end.kind == DocumentEnd::Kind::Answered)
+        followed_ = end.address;
+    if (end.kind == DocumentEnd::Kind::ForbidsFrames) // the engine has put an empty page there
+        CallAfter([this] { native_->Back(); });
+    Say(SentenceOf(end, IsForAnotherBrowser(end) && OpenOutside(end.address)));
+}
+
+void Browser::Do(NativeWebView::Command command, const std::string& link)
+{
+    switch (command) {
+    case NativeWebView::Command::Back: native_->Back(); break;
+    case NativeWebView::Command::Forward: native_->Forward(); break;
+    case NativeWebView::Command::Reload:
+        if (!followed_.empty())
+            native_->LoadFrame(kStoryFrame, followed_, true);
+        break;
+    case NativeWebView::Command::OpenOutside:
+        gate_.Pressed();
+        if (const std::string& address = link.empty() ? followed_ : link; MayLeave(address))
+            OpenOutside(address);
+        break;
+    }
+}
+
+bool Browser::OpenOutside(const std::string& address)
+{
+    if (!gate_.Opens(OutsideGate::Clock::now()))
+        return false;
+    CallAfter([this, address] { settings_.openOutside(address); });
+    return true;
+}
+
+void Browser::Say(const std::string& sentence)
+{
+    if (!sentence.empty())
+        CallAfter([this, sentence] { settings_.say(sentence); });
 }
 
 } // namespace vantro

@@ -1,50 +1,73 @@
 #pragma once
 
+#include "platform/DocumentEnd.h"
 #include "platform/NavigationPolicy.h"
 
-#include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
-class wxWebView;
+class wxWindow;
 
 namespace vantro {
 
-// What the window library's web view does not offer or gets wrong, taken from the engine below it. One source
-// file per engine implements it.
+// A part of a page of ours.
+struct PagePart {
+    std::string bytes;
+    std::string_view mimeType;
+};
+
+// A view of the system's browser engine, restricted to what pages of strangers may do. What the engine keeps
+// (cookies, stored data, its cache) is in memory and goes with the view. One source file per engine
+// implements it.
 class NativeWebView {
 public:
+    enum class Command { Back, Forward, Reload, OpenOutside };
+
     // Is told what happens in the view, on the interface thread, in the middle of the engine's work: only
     // take notes.
     struct Events {
         std::function<bool(const Navigation&)> allow; // false: it stays where it is
+        // The part at an address of our own scheme; nothing when there is none.
+        std::function<std::optional<PagePart>(const std::string& address)> serve;
         std::function<void(const std::string& address)>
             finished; // the document of that address and its frames
         std::function<void(const std::string& address)> failed;
+        std::function<void(const DocumentEnd&)> document; // of the newest navigation that was allowed
+        std::function<void()> pressed; // the user pressed a mouse button or a key on a page
+        // The user asks for it; `link` is what the context menu was opened on, often nothing.
+        std::function<void(Command, const std::string& link)> command;
         std::function<void()> processLost; // the process that draws the pages died
         std::function<void()> processHangs; // it has not answered for some seconds
     };
 
-    // To be called before the first view; later calls do nothing. Switches the engine's sandbox on where it
-    // works and lets the pages of this folder into it.
-    static void PrepareEngine(const std::filesystem::path& pageFolder);
-
-    NativeWebView(wxWebView& view, Events events);
+    NativeWebView(wxWindow* parent, Events events);
     ~NativeWebView();
     NativeWebView(const NativeWebView&) = delete;
     NativeWebView& operator=(const NativeWebView&) = delete;
 
-    // A full local path or an address as the engine will write it.
+    // The view as a child of the parent, which owns it.
+    [[nodiscard]] wxWindow* Window() const;
+    // An address as the engine will write it.
     [[nodiscard]] static std::string Normalized(const std::string& address);
 
     void Load(const std::string& address);
+    // Gives up what has not come yet; what has come is shown.
+    void Stop();
     // Whether the process that draws the pages answers; a page's endless script can keep it from that.
     [[nodiscard]] bool ProcessResponds() const;
     // The next Load() starts a new one. Not reported as lost.
     void EndProcess();
-    // Points a frame of the page shown at `address`. Nothing is left in flight that could outlive the view.
-    void LoadFrame(const std::string& frame, const std::string& address);
+    // Points a frame of the page shown at `address`, in place of what is there when `replace`. Nothing is
+    // left in flight that could outlive the view.
+    void LoadFrame(std::string_view frame, const std::string& address, bool replace);
+    // Goes through what was followed in the page loaded last, and never to the page before it.
+    void Back();
+    void Forward();
+    // Whether servers may leave cookies and get them back. They are forgotten with the view.
+    void SetCookies(bool taken);
     // Whether script dialogs, permission questions and password dialogs of pages stay hidden (answered by
     // "no").
     void SetSilent(bool silent);

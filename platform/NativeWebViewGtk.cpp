@@ -1,35 +1,22 @@
 #include "platform/NativeWebView.h"
 
-#include <glib.h>
-#include <string_view>
+#include "platform/NativeEngineGtk.h"
+#include "platform/NativeMenuGtk.h"
+
+#include <gtk/gtk.h>
 #include <utility>
-#include <vector>
-#include <webkit2/webkit2.h>
-#include <wx/webview.h>
+#include <wx/nativewin.h>
 
 namespace vantro {
 
 namespace {
 
 constexpr const char* kBlankPage = "about:blank"; // the one page that the engine loads without a resource
-
-// True when the tool behind the engine's sandbox can set one up here; in some containers it cannot, and the
-// engine would then end the program.
-bool SandboxWorks()
-{
-    std::vector<const char*> command{
-        "bwrap", "--ro-bind", "/", "/", "--proc", "/proc", "--dev", "/dev", "--unshare-all", "true", nullptr};
-    gint status = 1;
-    const gboolean ran
-        = g_spawn_sync(nullptr, const_cast<char**>(command.data()), nullptr, // NOLINT: a C interface
-            static_cast<GSpawnFlags>(
-                G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
-            nullptr, nullptr, nullptr, nullptr, &status, nullptr);
-    gchar* proxy = g_find_program_in_path("xdg-dbus-proxy"); // the sandbox needs it as well
-    const bool works = ran != FALSE && status == 0 && proxy != nullptr;
-    g_free(proxy);
-    return works;
-}
+constexpr guint kMiddleButton = 2;
+constexpr guint kBackButton = 8;
+constexpr guint kForwardButton = 9;
+constexpr unsigned kNoContent = 204;
+constexpr unsigned kResetContent = 205;
 
 // The text as a JavaScript literal.
 std::string Quoted(std::string_view text)
@@ -44,24 +31,57 @@ std::string Quoted(std::string_view text)
     return out + '"';
 }
 
-void CancelDownload(WebKitWebContext* /*context*/, WebKitDownload* download, gpointer /*data*/)
+Navigation NavigationOf(WebKitNavigationAction* action, bool newWindow)
 {
-    webkit_download_cancel(download);
+    const bool aside = webkit_navigation_action_get_mouse_button(action) == kMiddleButton
+        || (webkit_navigation_action_get_mouse_button(action) != 0
+            && (webkit_navigation_action_get_modifiers(action) & (GDK_CONTROL_MASK | GDK_SHIFT_MASK)) != 0);
+    return {webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)),
+        webkit_navigation_action_is_user_gesture(action) != FALSE,
+        webkit_navigation_action_is_redirect(action) != FALSE, newWindow, aside,
+        webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_BACK_FORWARD};
 }
 
 } // namespace
 
 struct NativeWebView::Implementation {
-    Implementation(wxWebView& owner, Events given)
-        : view(WEBKIT_WEB_VIEW(owner.GetNativeBackend())), events(std::move(given))
+    Implementation(wxWindow* parent, Events given)
+        : events(std::move(given)),
+          serve(std::make_shared<Implementation*>(this)),
+          engine(NewEngine([from = serve](const std::string& address) {
+              return *from != nullptr ? (*from)->events.serve(address) : std::nullopt;
+          })),
+          view(WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(engine))),
+          window(new wxNativeWindow(parent, wxID_ANY, GTK_WIDGET(view)))
     {
-        // The window library (3.2) answers "create" with the same view, which aborts the program on
-        // window.open(), and its own policy handler would be asked before this one. Its other handlers stay.
-        for (const char* signal : {"create", "decide-policy"}) {
-            g_signal_handlers_disconnect_matched(view,
-                static_cast<GSignalMatchType>(G_SIGNAL_MATCH_ID | G_SIGNAL_MATCH_DATA),
-                g_signal_lookup(signal, WEBKIT_TYPE_WEB_VIEW), 0, nullptr, nullptr, &owner);
-        }
+        window->SetName("web");
+        Restrict(webkit_web_view_get_settings(view));
+        g_object_add_weak_pointer(G_OBJECT(view), WeakPointer());
+        ConnectNavigation();
+        ConnectInput();
+        ConnectRequests();
+    }
+
+    ~Implementation()
+    {
+        *serve = nullptr;
+        Unwatch();
+        g_signal_handlers_disconnect_by_data(engine, this);
+        g_object_unref(engine);
+        if (view == nullptr)
+            return;
+        g_signal_handlers_disconnect_by_data(view, this);
+        g_object_remove_weak_pointer(G_OBJECT(view), WeakPointer());
+    }
+    Implementation(const Implementation&) = delete;
+    Implementation& operator=(const Implementation&) = delete;
+
+    gpointer* WeakPointer() { return reinterpret_cast<gpointer*>(&view); } // NOLINT: a C interface
+
+    void Connect(const char* signal, GCallback handler) { g_signal_connect(view, signal, handler, this); }
+
+    void ConnectNavigation()
+    {
         Connect("create",
             G_CALLBACK(
                 +[](WebKitWebView*, WebKitNavigationAction* action, Implementation* self) -> GtkWidget* {
@@ -71,6 +91,14 @@ struct NativeWebView::Implementation {
         Connect("decide-policy", G_CALLBACK(OnDecidePolicy));
         Connect("load-changed", G_CALLBACK(OnLoadChanged));
         Connect("load-failed", G_CALLBACK(OnLoadFailed));
+        Connect("resource-load-started", G_CALLBACK(OnResource));
+        g_signal_connect(engine, "download-started",
+            G_CALLBACK(+[](WebKitWebContext*, WebKitDownload* download, Implementation* self) {
+                const std::string address = webkit_uri_request_get_uri(webkit_download_get_request(download));
+                webkit_download_cancel(download);
+                self->Report({DocumentEnd::Kind::NotAPage, address});
+            }),
+            this);
         Connect("web-process-terminated",
             G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason why, Implementation* self) {
                 if (why != WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
@@ -81,6 +109,40 @@ struct NativeWebView::Implementation {
                 if (webkit_web_view_get_is_web_process_responsive(changed) == FALSE)
                     self->events.processHangs();
             }));
+    }
+
+    void ConnectInput()
+    {
+        Connect("button-press-event",
+            G_CALLBACK(+[](GtkWidget*, GdkEventButton* event, Implementation* self) -> gboolean {
+                if (event->button != kBackButton && event->button != kForwardButton) {
+                    self->events.pressed();
+                    return FALSE;
+                }
+                self->events.command(event->button == kBackButton ? Command::Back : Command::Forward, {});
+                return TRUE;
+            }));
+        Connect("key-press-event",
+            G_CALLBACK(+[](GtkWidget*, GdkEventKey* event, Implementation* self) -> gboolean {
+                const bool alt = (event->state & gtk_accelerator_get_default_mod_mask()) == GDK_MOD1_MASK;
+                if (!alt || (event->keyval != GDK_KEY_Left && event->keyval != GDK_KEY_Right)) {
+                    self->events.pressed();
+                    return FALSE;
+                }
+                self->events.command(event->keyval == GDK_KEY_Left ? Command::Back : Command::Forward, {});
+                return TRUE;
+            }));
+        Connect("context-menu",
+            G_CALLBACK(+[](WebKitWebView*, WebKitContextMenu* menu, GdkEvent*, WebKitHitTestResult* under,
+                            Implementation* self) -> gboolean {
+                FillContextMenu(menu, under, {self->CanGo(-1), self->CanGo(1), self->events.command});
+                return FALSE;
+            }));
+    }
+
+    // What pages ask the user for; the answer is no.
+    void ConnectRequests()
+    {
         Connect("script-dialog",
             G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog*, Implementation* self) -> gboolean {
                 return self->silent;
@@ -88,9 +150,11 @@ struct NativeWebView::Implementation {
         Connect("authenticate",
             G_CALLBACK(
                 +[](WebKitWebView*, WebKitAuthenticationRequest* request, Implementation* self) -> gboolean {
-                    if (self->silent)
-                        webkit_authentication_request_cancel(request);
-                    return self->silent;
+                    if (self->silent == FALSE)
+                        return FALSE;
+                    self->passwordWanted = true;
+                    webkit_authentication_request_cancel(request);
+                    return TRUE;
                 }));
         Connect("permission-request",
             G_CALLBACK(+[](WebKitWebView*, WebKitPermissionRequest* request, Implementation*) -> gboolean {
@@ -105,56 +169,42 @@ struct NativeWebView::Implementation {
                 webkit_file_chooser_request_cancel(request);
                 return TRUE;
             }));
-        Restrict(webkit_web_view_get_settings(view));
-        g_object_add_weak_pointer(G_OBJECT(view), WeakPointer());
-    }
-
-    ~Implementation()
-    {
-        if (view == nullptr)
-            return;
-        g_signal_handlers_disconnect_by_data(view, this);
-        g_object_remove_weak_pointer(G_OBJECT(view), WeakPointer());
-    }
-
-    gpointer* WeakPointer() { return reinterpret_cast<gpointer*>(&view); } // NOLINT: a C interface
-
-    void Connect(const char* signal, GCallback handler) { g_signal_connect(view, signal, handler, this); }
-
-    // Most of these are the engine's defaults; they are said because pages of strangers depend on them.
-    static void Restrict(WebKitSettings* settings)
-    {
-        g_object_set(settings, "allow-file-access-from-file-urls", FALSE,
-            "allow-universal-access-from-file-urls", FALSE, "javascript-can-open-windows-automatically",
-            FALSE, "javascript-can-access-clipboard", FALSE, "enable-dns-prefetching", FALSE,
-            "enable-page-cache", FALSE, "enable-developer-extras", FALSE, "enable-html5-database", FALSE,
-            "enable-html5-local-storage", FALSE, "enable-fullscreen", FALSE, nullptr);
-    }
-
-    static Navigation NavigationOf(WebKitNavigationAction* action, bool newWindow)
-    {
-        return {webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)),
-            webkit_navigation_action_is_user_gesture(action) != FALSE,
-            webkit_navigation_action_is_redirect(action) != FALSE, newWindow};
     }
 
     static gboolean OnDecidePolicy(WebKitWebView* /*view*/, WebKitPolicyDecision* decision,
         WebKitPolicyDecisionType type, Implementation* self)
     {
-        if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
-            // What the engine cannot show it would download.
-            if (webkit_response_policy_decision_is_mime_type_supported(
-                    WEBKIT_RESPONSE_POLICY_DECISION(decision))
-                != FALSE)
-                return FALSE;
+        if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
+            return self->OnResponse(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+        WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(
+            WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+        const Navigation navigation
+            = NavigationOf(action, type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION);
+        if (!self->events.allow(navigation)) {
             webkit_policy_decision_ignore(decision);
             return TRUE;
         }
-        auto* asked = WEBKIT_NAVIGATION_POLICY_DECISION(decision);
-        WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(asked);
-        if (self->events.allow(NavigationOf(action, type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION)))
+        self->expected = navigation.address;
+        if (!navigation.redirect)
+            self->Unwatch();
+        return FALSE;
+    }
+
+    gboolean OnResponse(WebKitResponsePolicyDecision* decision)
+    {
+        WebKitURIResponse* response = webkit_response_policy_decision_get_response(decision);
+        const std::string address = webkit_uri_response_get_uri(response);
+        const unsigned status = webkit_uri_response_get_status_code(response);
+        DocumentEnd::Kind kind = DocumentEnd::Kind::Answered;
+        if (status == kNoContent || status == kResetContent)
+            kind = DocumentEnd::Kind::NothingToShow;
+        else if (webkit_response_policy_decision_is_mime_type_supported(decision) == FALSE)
+            kind = DocumentEnd::Kind::NotAPage; // the engine would download it
+        answered = true;
+        Report({kind, address, status});
+        if (kind == DocumentEnd::Kind::Answered)
             return FALSE;
-        webkit_policy_decision_ignore(decision);
+        webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
         return TRUE;
     }
 
@@ -175,44 +225,117 @@ struct NativeWebView::Implementation {
         return FALSE;
     }
 
-    WebKitWebView* view; // becomes null when the window library destroys it
+    // The engine tells nothing else about the documents of frames.
+    static void OnResource(
+        WebKitWebView* /*view*/, WebKitWebResource* resource, WebKitURIRequest* request, Implementation* self)
+    {
+        if (self->watched != nullptr || self->expected != webkit_uri_request_get_uri(request))
+            return;
+        self->watched = WEBKIT_WEB_RESOURCE(g_object_ref(resource));
+        self->answered = self->passwordWanted = false;
+        const auto connect = [&](const char* signal, GCallback handler) {
+            g_signal_connect(resource, signal, handler, self);
+        };
+        connect("finished", G_CALLBACK(+[](WebKitWebResource*, Implementation* to) {
+            to->ReportWatched(DocumentEnd::Kind::Finished);
+        }));
+        connect("failed-with-tls-errors",
+            G_CALLBACK(+[](WebKitWebResource*, GTlsCertificate*, GTlsCertificateFlags, Implementation* to) {
+                to->ReportWatched(DocumentEnd::Kind::BadCertificate);
+            }));
+        connect("failed", G_CALLBACK(+[](WebKitWebResource*, GError* error, Implementation* to) {
+            to->OnDocumentFailed(*error);
+        }));
+    }
+
+    void OnDocumentFailed(const GError& error)
+    {
+        const bool cancelled = g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+        if (answered || error.domain == WEBKIT_POLICY_ERROR)
+            Unwatch(); // told before, or it broke off in the middle
+        else if (passwordWanted)
+            ReportWatched(DocumentEnd::Kind::WantsPassword);
+        else if (cancelled) // by nobody here: the engine does so when the answer forbids frames
+            ReportWatched(DocumentEnd::Kind::ForbidsFrames);
+        else
+            ReportWatched(DocumentEnd::Kind::Unreachable, error.message);
+    }
+
+    void ReportWatched(DocumentEnd::Kind kind, const char* reason = "")
+    {
+        const std::string address = webkit_web_resource_get_uri(watched);
+        Unwatch();
+        Report({kind, address, 0, reason});
+    }
+
+    void Report(const DocumentEnd& end) const { events.document(end); }
+
+    void Unwatch()
+    {
+        if (watched == nullptr)
+            return;
+        g_signal_handlers_disconnect_by_data(watched, this);
+        g_object_unref(std::exchange(watched, nullptr));
+    }
+
+    // A page with frames stays the document of the view, whatever is followed in it.
+    bool CanGo(int steps)
+    {
+        WebKitBackForwardList* list = webkit_web_view_get_back_forward_list(view);
+        if (steps > 0)
+            return webkit_back_forward_list_get_forward_item(list) != nullptr;
+        GList* items = webkit_back_forward_list_get_back_list(list);
+        bool found = false;
+        for (GList* item = items; item != nullptr; item = item->next)
+            found = found
+                || page == webkit_back_forward_list_item_get_uri(WEBKIT_BACK_FORWARD_LIST_ITEM(item->data));
+        g_list_free(items);
+        return found && IsOwnAddress(page);
+    }
+
     Events events;
+    std::shared_ptr<Implementation*> serve; // outlives this one in the engine
+    WebKitWebContext* engine;
+    WebKitWebView* view; // becomes null when the window library destroys it
+    wxWindow* window;
+    std::string page; // loaded last
+    std::string expected; // the newest navigation that was allowed
+    WebKitWebResource* watched = nullptr; // the document it led to
+    bool answered = false;
+    bool passwordWanted = false;
     gboolean silent = FALSE;
 };
 
-void NativeWebView::PrepareEngine(const std::filesystem::path& pageFolder)
-{
-    static bool prepared = false;
-    if (std::exchange(prepared, true))
-        return;
-    WebKitWebContext* context = webkit_web_context_get_default();
-    g_signal_connect(context, "download-started", G_CALLBACK(CancelDownload), nullptr);
-    if (!SandboxWorks())
-        return;
-    webkit_web_context_set_sandbox_enabled(context, TRUE);
-    webkit_web_context_add_path_to_sandbox(context, pageFolder.c_str(), TRUE);
-}
-
-NativeWebView::NativeWebView(wxWebView& view, Events events)
-    : implementation_(std::make_unique<Implementation>(view, std::move(events)))
+NativeWebView::NativeWebView(wxWindow* parent, Events events)
+    : implementation_(std::make_unique<Implementation>(parent, std::move(events)))
 {
 }
 
 NativeWebView::~NativeWebView() = default;
 
+wxWindow* NativeWebView::Window() const
+{
+    return implementation_->window;
+}
+
 std::string NativeWebView::Normalized(const std::string& address)
 {
-    gchar* local = address.starts_with('/') ? g_filename_to_uri(address.c_str(), nullptr, nullptr) : nullptr;
-    WebKitURIRequest* request = webkit_uri_request_new(local != nullptr ? local : address.c_str());
+    WebKitURIRequest* request = webkit_uri_request_new(address.c_str());
     std::string normalized = webkit_uri_request_get_uri(request);
     g_object_unref(request);
-    g_free(local);
     return normalized;
 }
 
 void NativeWebView::Load(const std::string& address)
 {
+    implementation_->page = address;
     webkit_web_view_load_uri(implementation_->view, address.c_str());
+}
+
+void NativeWebView::Stop()
+{
+    implementation_->Unwatch();
+    webkit_web_view_stop_loading(implementation_->view);
 }
 
 bool NativeWebView::ProcessResponds() const
@@ -225,12 +348,31 @@ void NativeWebView::EndProcess()
     webkit_web_view_terminate_web_process(implementation_->view);
 }
 
-void NativeWebView::LoadFrame(const std::string& frame, const std::string& address)
+void NativeWebView::LoadFrame(std::string_view frame, const std::string& address, bool replace)
 {
-    // The engine's own call, without a callback: the window library's RunScript waits in a loop of its own.
-    const std::string script = "window.frames[" + Quoted(frame) + "].location = " + Quoted(address) + ";";
+    // Of the location of a stranger's page only these two may be used.
+    const std::string script = "window.frames[" + Quoted(frame) + "].location"
+        + (replace ? ".replace(" + Quoted(address) + ")" : " = " + Quoted(address)) + ";";
     webkit_web_view_evaluate_javascript(implementation_->view, script.c_str(),
         static_cast<gssize>(script.size()), nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
+void NativeWebView::Back()
+{
+    if (implementation_->CanGo(-1))
+        webkit_web_view_go_back(implementation_->view);
+}
+
+void NativeWebView::Forward()
+{
+    if (implementation_->CanGo(1))
+        webkit_web_view_go_forward(implementation_->view);
+}
+
+void NativeWebView::SetCookies(bool taken)
+{
+    webkit_cookie_manager_set_accept_policy(webkit_web_context_get_cookie_manager(implementation_->engine),
+        taken ? WEBKIT_COOKIE_POLICY_ACCEPT_ALWAYS : WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
 }
 
 void NativeWebView::SetSilent(bool silent)

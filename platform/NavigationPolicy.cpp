@@ -1,59 +1,64 @@
 #include "platform/NavigationPolicy.h"
 
-#include "platform/TextCoding.h"
-
+#include <algorithm>
 #include <utility>
 
 namespace vantro {
 
-namespace {
-
-// A page has two. They are asked for before anything in them is read, so text in a frame that would send it
-// to a file comes too late.
-constexpr int kFramesOfPage = 2;
-
-bool HasScheme(std::string_view address, std::string_view scheme)
+void NavigationPolicy::PageBegins(std::string address, std::vector<std::string> frames, DisplayAddress page)
 {
-    return ToLowerAscii(address.substr(0, address.find(':'))) == scheme;
-}
-
-} // namespace
-
-bool IsWebAddress(std::string_view address)
-{
-    return HasScheme(address, "http") || HasScheme(address, "https");
-}
-
-bool MayLeave(std::string_view address)
-{
-    return IsWebAddress(address) || HasScheme(address, "mailto");
-}
-
-void NavigationPolicy::PageBegins(std::string address, std::string folder)
-{
+    addresses_ = std::move(page);
     page_ = std::move(address);
-    folder_ = std::move(folder);
-    framesLeft_ = folder_.empty() ? 0 : kFramesOfPage;
-    loading_ = true;
+    texts_.clear();
+    awaited_ = std::move(frames);
+    awaited_.push_back(page_);
+}
+
+void NavigationPolicy::FrameBegins(const std::string& address)
+{
+    texts_.push_back(address);
+    awaited_.assign(1, address);
 }
 
 void NavigationPolicy::PageEnds()
 {
-    loading_ = false;
+    awaited_.clear();
 }
 
-NavigationPolicy::Verdict NavigationPolicy::Decide(const Navigation& navigation)
+bool NavigationPolicy::IsAwaited(const std::string& address)
 {
-    const std::string& address = navigation.address;
-    if (!navigation.newWindow && (navigation.byUser || navigation.redirect) && IsWebAddress(address))
-        return Verdict::Allow;
-    if (navigation.byUser)
-        return MayLeave(address) ? Verdict::OpenOutside : Verdict::Ignore;
-    if (navigation.newWindow || !loading_)
-        return Verdict::Ignore;
-    if (address == page_)
-        return Verdict::Allow;
-    return address.starts_with(folder_) && framesLeft_-- > 0 ? Verdict::Allow : Verdict::Ignore;
+    const auto found = std::ranges::find(awaited_, address);
+    if (found == awaited_.end())
+        return false;
+    awaited_.erase(found);
+    return true;
+}
+
+// An anchor of a text, or back to one from a page that was followed.
+bool NavigationPolicy::IsOfThePage(const Navigation& navigation) const
+{
+    const std::string_view address = navigation.address;
+    const std::string_view document = address.substr(0, address.find('#'));
+    const bool isText = std::ranges::find(texts_, document) != texts_.end();
+    if (navigation.history)
+        return isText || (document == page_ && IsOwnAddress(page_));
+    return navigation.byUser && isText && document.size() < address.size();
+}
+
+NavigationPolicy::Decision NavigationPolicy::Decide(const Navigation& navigation)
+{
+    const bool stays = !navigation.newWindow && !navigation.aside;
+    if (stays && (IsAwaited(navigation.address) || IsOfThePage(navigation)))
+        return {Verdict::Allow};
+    const bool isOwn = IsOwnAddress(navigation.address);
+    if (isOwn && (!navigation.byUser || navigation.redirect))
+        return {};
+    const std::string address = isOwn ? addresses_.WebAddressOf(navigation.address) : navigation.address;
+    if (stays && IsWebAddress(address) && (navigation.byUser || navigation.redirect || navigation.history))
+        return isOwn ? Decision{Verdict::Follow, address} : Decision{Verdict::Allow};
+    if (navigation.byUser && MayLeave(address))
+        return {Verdict::OpenOutside, address};
+    return {};
 }
 
 } // namespace vantro

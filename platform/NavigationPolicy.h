@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/DisplayAddress.h"
+
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantro {
 
@@ -11,32 +14,43 @@ struct Navigation {
     bool byUser = false; // the user clicked, or the program pointed a frame there
     bool redirect = false; // the server answered a navigation that was allowed by sending it on
     bool newWindow = false; // the target names no frame of the page
+    bool aside = false; // a click of the middle button, or with Ctrl or Shift
+    bool history = false; // back or forward
 };
 
-// Decides where pages may go: elsewhere only when the program sends them or the user clicks a link. Local
-// files are the program's own page files, and only while they load.
+// Decides where pages may go: elsewhere only when the program sends them or the user clicks a link. The
+// program's own page files are let in one by one, while they load; no page reaches a local file.
 class NavigationPolicy {
 public:
-    enum class Verdict { Allow, Ignore, OpenOutside };
+    enum class Verdict {
+        Allow,
+        Ignore,
+        Follow, // not there: the bottom frame is to go to `address`
+        OpenOutside // not there: `address` is for another program
+    };
+    struct Decision {
+        Verdict verdict = Verdict::Ignore;
+        std::string address = {};
+    };
 
-    // The program sends the whole view to `address`. For a local page `folder` is the address of the folder
-    // its frames lie in, with a slash at the end.
-    void PageBegins(std::string address, std::string folder);
+    // The program sends the whole view to `address`, which has these frames.
+    void PageBegins(std::string address, std::vector<std::string> frames = {}, DisplayAddress page = {});
+    // The program points a frame of it at its text.
+    void FrameBegins(const std::string& address);
     // The page and its frames are there, or never will be.
     void PageEnds();
 
-    [[nodiscard]] Verdict Decide(const Navigation& navigation);
+    [[nodiscard]] Decision Decide(const Navigation& navigation);
 
 private:
-    std::string page_;
-    std::string folder_;
-    int framesLeft_ = 0;
-    bool loading_ = false;
-};
+    [[nodiscard]] bool IsAwaited(const std::string& address);
+    [[nodiscard]] bool IsOfThePage(const Navigation& navigation) const;
 
-// http and https.
-[[nodiscard]] bool IsWebAddress(std::string_view address);
-// http, https and mailto are the only addresses that are handed to other programs.
-[[nodiscard]] bool MayLeave(std::string_view address);
+    DisplayAddress addresses_;
+    std::string page_;
+    std::vector<std::string> texts_; // of its frames
+    // Each may come once, so text in a frame that would send it to one of them comes too late.
+    std::vector<std::string> awaited_;
+};
 
 } // namespace vantro

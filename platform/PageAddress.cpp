@@ -1,6 +1,5 @@
 #include "platform/PageAddress.h"
 
-#include "platform/TextCoding.h"
 
 #include <algorithm>
 #include <array>
@@ -68,12 +67,14 @@ std::pair<std::string, std::size_t> Dereference(std::string_view text)
 
 std::string AsciiAddress(std::string_view utf8)
 {
+    constexpr std::string_view kHex = "0123456789ABCDEF";
     std::string address;
-    for (const char& byte : utf8) {
-        if (static_cast<unsigned char>(byte) < 0x80)
+    for (const char byte : utf8) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (code < 0x80)
             address.push_back(byte);
         else
-            address += PathForPage({&byte, 1});
+            address.append({'%', kHex[code >> 4U], kHex[code & 0xFU]});
     }
     return address;
 }

@@ -77,8 +77,11 @@ bool IsUtf8(std::string_view bytes)
 
 std::string DecodeFeedText(std::string_view bytes)
 {
-    if (IsUtf8(bytes))
-        return std::string(bytes);
+    return IsUtf8(bytes) ? std::string(bytes) : DecodePageText(bytes);
+}
+
+std::string DecodePageText(std::string_view bytes)
+{
     std::string out;
     out.reserve(bytes.size() + bytes.size() / 8);
     for (const char byte : bytes) {
@@ -108,21 +111,6 @@ std::string EncodePageText(std::string_view utf8)
             out.push_back(static_cast<char>(character));
         else
             out += "&#" + std::to_string(static_cast<std::uint32_t>(character)) + ";";
-    }
-    return out;
-}
-
-std::string PathForPage(std::string_view path)
-{
-    constexpr std::string_view kHex = "0123456789ABCDEF";
-    constexpr std::string_view kPlain = "/-._~0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-    std::string out;
-    for (const char byte : path) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (kPlain.find(byte) != std::string_view::npos)
-            out.push_back(byte);
-        else
-            out.append({'%', kHex[code >> 4U], kHex[code & 0xFU]});
     }
     return out;
 }

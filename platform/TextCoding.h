@@ -15,10 +15,8 @@ namespace vantro {
 // UTF-8 text as Windows-1252 bytes for an HTML page; a character that has none becomes a numeric reference
 // ("&#8594;"). Malformed input gives U+FFFD.
 [[nodiscard]] std::string EncodePageText(std::string_view utf8);
-
-// A local path as it can stand in the address of an HTML attribute: everything but letters, digits and
-// "/-._~" is percent-encoded.
-[[nodiscard]] std::string PathForPage(std::string_view path);
+// Windows-1252 bytes as UTF-8; references stay.
+[[nodiscard]] std::string DecodePageText(std::string_view bytes);
 
 // The text on one line and of at most `most` characters, for places that show a single line: runs of blanks,
 // control characters and separators of lines or paragraphs become one blank, invisible characters that turn

@@ -166,7 +166,9 @@ void frmMain::LoadPages()
 {
     if (unloaded_)
         return;
-    web_ = std::make_unique<Browser>(webPlace_, runtime_.folder.Path(), [this] { display_->BrowserLost(); });
+    web_ = std::make_unique<Browser>(
+        webPlace_, [this] { display_->BrowserLost(); },
+        BrowserSettings{.say = [this](const std::string& sentence) { Say(sentence); }});
     webPlace_->GetSizer()->Add(web_->Window(), 1, wxEXPAND);
     webPlace_->Layout();
     display_ = std::make_unique<PageDisplay>(*web_, Services(), runtime_.folder.Path());

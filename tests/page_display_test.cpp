@@ -31,11 +31,17 @@ Files FilesIn(const fs::path& folder)
 class FakeBrowser final : public PageBrowser {
 public:
     explicit FakeBrowser(fs::path folder) : folder_(std::move(folder)) { }
-    void Navigate(const std::string& address, LoadEnded ended) override
+    void ShowBlank(LoadEnded ended) override
     {
-        sentTo.push_back(address);
+        sentTo.emplace_back("blank");
         files = FilesIn(folder_);
         endings.push_back(std::move(ended));
+    }
+    void ShowPage(const LocalPage& page, LoadEnded ended) override
+    {
+        ShowBlank(std::move(ended));
+        sentTo.back() = page.folder / page.shown;
+        shown = page;
     }
     void NavigateFrame(const std::string& address, std::string_view frame) override
     {
@@ -45,7 +51,8 @@ public:
     void SetSilent(bool /*silent*/) override { }
 
     Titles sentTo;
-    Files files; // at the newest Navigate()
+    Files files; // at the newest call
+    LocalPage shown{};
     std::vector<LoadEnded> endings;
 
 private:
@@ -97,7 +104,7 @@ TEST_F(PageDisplayTest, GoesFromTheBlankPageToTheFilesAndDeletesThemWhenTheyAreL
         EXPECT_FALSE(Item(*module, "A").Bold());
         EXPECT_EQ(Stored(*module, 1, "Tag"), "<READ>");
         const auto last = browser_.sentTo.end();
-        EXPECT_EQ(Titles(last - 2, last), (Titles{"about:blank", run_ / module->Row().page->shown}));
+        EXPECT_EQ(Titles(last - 2, last), (Titles{"blank", run_ / module->Row().page->shown}));
         std::set<std::string> written;
         for (const auto& [name, bytes] : browser_.files)
             written.insert(name);
@@ -113,7 +120,6 @@ TEST_F(PageDisplayTest, GoesFromTheBlankPageToTheFilesAndDeletesThemWhenTheyAreL
 
 TEST_F(PageDisplayTest, FillsTheTemplatesInTheOrderOfTheSteps)
 {
-    const std::string run = run_;
     struct Case {
         const SiteModule& module;
         int external; // the options that send a link outside
@@ -127,7 +133,7 @@ TEST_F(PageDisplayTest, FillsTheTemplatesInTheOrderOfTheSteps)
              "TEXT]</title><link>N</link><homepage>H</homepage><releasedate>2003-07-05</releasedate>",
              "xbins-title.htm",
              {">A N</div>", "href=\"N\" target=\"mainFrame\"", "href=\"H\" target=\"_XbinsExternal1\"",
-                 "> Saturday 5 July 2003<", "src=\"" + run + "/xbins-logo.gif\""}},
+                 "> Saturday 5 July 2003<", "src=\"vantro-page://{N}/xbins-logo.gif\""}},
             {modXBINS, 2,
                 "<title>\u20ac caf\u00e9 "
                 "\u0416</title><link>HTTP://www.Xbins.EXAMPLE/</link><homepage>H</homepage>",
@@ -154,17 +160,21 @@ TEST_F(PageDisplayTest, FillsTheTemplatesInTheOrderOfTheSteps)
                 "<title>[LINK TEXT]|[LINK TARGET]|%5BLINK%5D xboxscene-logo.jpg</title><link>[TITLE][LINK "
                 "TARGET]</link>",
                 "xboxscene-title.htm",
-                {">[TITLE]mainFrame|mainFrame|[TITLE][LINK TARGET] " + run + "/xboxscene-logo.jpg</div>",
+                {">[TITLE]mainFrame|mainFrame|[TITLE][LINK TARGET] "
+                 "vantro-page://{N}/xboxscene-logo.jpg</div>",
                     "href=\"[TITLE][LINK TARGET]\" target=\"mainFrame\" title=\"[TITLE]mainFrame\""}},
             {modXBOXSCENE, 0, "<title>C</title>", "xboxscene-main.htm",
-                {"url(\"" + run + "/xboxscene-bgnd.gif\")"}}}) {
+                {"url(\"vantro-page://{N}/xboxscene-bgnd.gif\")"}}}) {
         for (const char* option : {"Xbins External Page", "Max Console External", "XboxScene External"})
             SetOption(option, c.external);
         Receive(c.module, c.item);
         Show(c.module);
         Answer();
         for (const std::string& part : c.parts)
-            EXPECT_NE(browser_.files[c.file].find(part), std::string::npos) << part << browser_.files[c.file];
+            EXPECT_NE(
+                browser_.files[c.file].find(ReplaceAll(part, "{N}", std::to_string(browser_.shown.number))),
+                std::string::npos)
+                << part << browser_.files[c.file];
         Answer();
     }
 }
@@ -235,7 +245,7 @@ TEST_F(PageDisplayTest, ShowsTheStoryThatWasClickedWhereverAMergePutsIt)
     Show(modXBINS);
     ReceiveTitles(modXBINS, {"Newer", "A", "B"});
     Answer();
-    EXPECT_EQ(browser_.sentTo.back(), "about:blank") << "the story has gone, and no other takes its place";
+    EXPECT_EQ(browser_.sentTo.back(), "blank") << "the story has gone, and no other takes its place";
     EXPECT_EQ(UnreadTitles(modXBINS), (Titles{"Newer", "B"}));
 }
 

@@ -36,8 +36,9 @@ TEST(Templates, BeginWithAPolicyThatRunsTheirOwnScriptOnly)
         = "<head>\r\n<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; ";
     const std::string ends = "form-action 'none'; base-uri 'none'\">";
     const std::regex withScript(begins
-        + "script-src 'sha256-([^']*)'; style-src 'unsafe-inline'; img-src file: http: https: data:; " + ends
-        + "[^\\[]*<script type=\"text/javascript\">([^<]*)</script>");
+        + "script-src 'sha256-([^']*)'; style-src 'unsafe-inline'; img-src vantro-page:( http: https: "
+          "data:)?; "
+        + ends + "[^\\[]*<script type=\"text/javascript\">([^<]*)</script>");
     int pages = 0;
     for (const char* type : {"XBINS", "VANTRO", "MAXCONSOLE", "XBOXSCENE"}) {
         for (const std::string name : {"FRAMES", "MAIN", "TITLE", "ABOUT-MAIN", "HELP", "DONATIONS"}) {
@@ -45,11 +46,12 @@ TEST(Templates, BeginWithAPolicyThatRunsTheirOwnScriptOnly)
             const std::string page = Page(type, name);
             std::smatch found;
             if (name == "FRAMES")
-                EXPECT_NE(
-                    page.find(begins + "frame-src file: http: https: mailto:; " + ends), std::string::npos);
-            else if (!page.empty() && std::regex_search(page, found, withScript))
-                EXPECT_EQ(found[1], Digest(found[2].str()));
-            else
+                EXPECT_NE(page.find(begins + "frame-src vantro-page: http: https: mailto:; " + ends),
+                    std::string::npos);
+            else if (!page.empty() && std::regex_search(page, found, withScript)) {
+                EXPECT_EQ(found[1], Digest(found[3].str()));
+                EXPECT_EQ(found[2].matched, name == "MAIN") << "pictures from elsewhere";
+            } else
                 EXPECT_EQ(page, "");
             EXPECT_EQ(ReplaceAll(page, "\r\n", "").find_first_of("\r\n"), std::string::npos);
             pages += page.empty() ? 0 : 1;

@@ -43,9 +43,4 @@ TEST(TextCoding, ShowsTextOnOneLineOfLimitedLength)
     EXPECT_EQ(OneLine("a" + std::string(64, ' ') + "b", 4), "a …") << "no more is read than fits the line";
 }
 
-TEST(TextCoding, EncodesPathsForPages)
-{
-    EXPECT_EQ(PathForPage("/home/Jos\xC3\xA9 #1/50%/\"x\".gif"), "/home/Jos%C3%A9%20%231/50%25/%22x%22.gif");
-}
-
 } // namespace vantro

@@ -80,6 +80,12 @@ std::string HttpServer::LastRequest()
     return lastRequest_;
 }
 
+std::string HttpServer::Requests()
+{
+    const std::lock_guard lock(mutex_);
+    return requests_;
+}
+
 HttpServer::Answer HttpServer::Find(const std::string& path)
 {
     const std::lock_guard lock(mutex_);
@@ -98,6 +104,7 @@ void HttpServer::Handle(int socket)
     const std::string path = head.empty() ? "" : head.substr(4, head.find(' ', 4) - 4); // after "GET "
     std::unique_lock lock(mutex_);
     lastRequest_ = head;
+    requests_ += head;
     ++answers_[path].hits;
     const auto [text, then, hits, ended] = answers_[path];
     lock.unlock();

@@ -26,6 +26,7 @@ public:
     [[nodiscard]] int Hits(const std::string& path) { return Find(path).hits; }
     [[nodiscard]] int Ended(const std::string& path) { return Find(path).ended; } // connections that are over
     [[nodiscard]] std::string LastRequest(); // the head, as it came
+    [[nodiscard]] std::string Requests(); // all heads
 
 private:
     struct Answer {
@@ -42,6 +43,7 @@ private:
     std::mutex mutex_;
     std::map<std::string, Answer> answers_; // guarded by mutex_
     std::string lastRequest_; // guarded by mutex_
+    std::string requests_; // guarded by mutex_
     std::list<std::jthread> handlers_; // the accepting thread's
     std::jthread accepting_;
 };

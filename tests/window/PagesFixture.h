@@ -1,0 +1,132 @@
+#pragma once
+
+#include "feeds/PageDisplay.h"
+#include "feeds/modMAXCONSOLE.h"
+#include "feeds/modVANTRO.h"
+#include "feeds/modXBINS.h"
+#include "feeds/modXBOXSCENE.h"
+#include "platform/Browser.h"
+#include "tests/support/FeedFixture.h"
+#include "tests/support/HttpServer.h"
+#include "tests/window/WindowTest.h"
+
+#include <gtk/gtk.h>
+#include <webkit2/webkit2.h>
+#include <wx/frame.h>
+#include <wx/sizer.h>
+#include <wx/uiaction.h>
+
+namespace vantro::test {
+
+// Real pages in the real engine.
+class PagesWindowTest : public FeedFixture {
+protected:
+    PagesWindowTest()
+    {
+        std::filesystem::create_directory(run_);
+        Open(std::chrono::seconds(30));
+    }
+    ~PagesWindowTest() override { Close(); }
+
+    void Open(std::chrono::milliseconds loadLimit)
+    {
+        frame_ = new wxFrame(nullptr, wxID_ANY, "Pages", wxPoint(100, 100), wxSize(900, 600));
+        browser_ = std::make_unique<Browser>(
+            frame_, [this] { display_->BrowserLost(); },
+            BrowserSettings{[this](const std::string& sentence) { said_.push_back(sentence); }, loadLimit,
+                [this](const std::string& address) { outside_.push_back(address); }});
+        browser_->SetSilent(true);
+        frame_->SetSizer(new wxBoxSizer(wxVERTICAL));
+        frame_->GetSizer()->Add(browser_->Window(), 1, wxEXPAND);
+        display_.emplace(*browser_, Services(), run_);
+        engine_ = WEBKIT_WEB_VIEW(browser_->Window()->GetHandle());
+        g_signal_connect(engine_, "decide-policy", G_CALLBACK(OnAllowed), &went_);
+        ASSERT_TRUE(ShowAndSettle(*frame_));
+    }
+    void Close()
+    {
+        display_.reset();
+        browser_.reset();
+        DestroyAndWait(*frame_);
+    }
+    // The browser's own handler comes first and ends the signal where it forbids.
+    static gboolean OnAllowed(
+        WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, Titles* went)
+    {
+        if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
+            went->push_back(webkit_uri_request_get_uri(
+                webkit_navigation_action_get_request(webkit_navigation_policy_decision_get_navigation_action(
+                    WEBKIT_NAVIGATION_POLICY_DECISION(decision)))));
+        return FALSE;
+    }
+
+    void Receive(const SiteModule& module, const std::string& feed)
+    {
+        module.MergeFeed(Services(), folder_.Write("received.xml", feed));
+    }
+    void Begin(const SiteModule& module, int item = 1)
+    {
+        shown_ = false;
+        went_.clear();
+        module.ShowItemPage(
+            *display_, std::string(module.Row().prefix) + std::to_string(item), [this] { shown_ = true; });
+    }
+    void Show(const SiteModule& module, int item = 1)
+    {
+        Begin(module, item);
+        ASSERT_TRUE(PumpUntil([this] { return shown_; }));
+    }
+    static void Pump(std::chrono::milliseconds time)
+    {
+        const auto end = std::chrono::steady_clock::now() + time;
+        (void)PumpUntil([end] { return std::chrono::steady_clock::now() > end; });
+    }
+    void Click(int x, int y, int button = wxMOUSE_BTN_LEFT, int key = 0)
+    {
+        wxUIActionSimulator mouse;
+        mouse.MouseMove(browser_->Window()->ClientToScreen(wxPoint(x, y)));
+        Pump(std::chrono::milliseconds(50));
+        if (key != 0)
+            mouse.KeyDown(key);
+        mouse.MouseClick(button);
+        if (key != 0)
+            mouse.KeyUp(key);
+        Pump(std::chrono::milliseconds(50));
+    }
+    // What is on the screen at a place of the browser, as red, green and blue.
+    [[nodiscard]] std::string ColourAt(int x, int y) const
+    {
+        const wxPoint place = browser_->Window()->ClientToScreen(wxPoint(x, y));
+        GdkPixbuf* pixel = gdk_pixbuf_get_from_window(gdk_get_default_root_window(), place.x, place.y, 1, 1);
+        std::string colour(reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(pixel)), 3);
+        g_object_unref(pixel);
+        return colour;
+    }
+    void ReceiveLink(const SiteModule& module, const std::string& link, const std::string& description = {})
+    {
+        static int number = 0;
+        Receive(module,
+            "<item><title>" + std::to_string(++number) + kWideLink + "</title><link>" + link
+                + "</link><description>" + kWideLink + description + "</description></item>");
+    }
+    [[nodiscard]] bool NoFilesLeft() const { return std::filesystem::is_empty(run_); }
+
+    static constexpr const char* kWideLink
+        = "<style>a{position:fixed;top:0;left:0;width:100%;height:95px}</style>";
+    std::filesystem::path run_ = folder_.Path() / "run";
+    wxFrame* frame_ = nullptr;
+    std::unique_ptr<Browser> browser_;
+    std::optional<PageDisplay> display_;
+    WebKitWebView* engine_ = nullptr;
+    Titles went_; // where pages and frames were let go, since the last Begin()
+    Titles outside_;
+    bool shown_ = false;
+    HttpServer server_;
+};
+
+inline std::string Html(const std::string& body)
+{
+    return HttpText("200 OK", body, "Content-Type: text/html\r\n");
+}
+
+} // namespace vantro::test
