@@ -21,8 +21,8 @@ PagePart PartOf(std::string_view file, std::string bytes)
         return {std::move(bytes), "image/gif"};
     if (file.ends_with(".jpg"))
         return {std::move(bytes), "image/jpeg"};
-    // The engine writes the query of an address in the encoding of its page, and servers expect UTF-8. The mark
-    // in front counts more than what the page says of itself.
+    // The engine writes the query of an address in the encoding of its page, and servers expect UTF-8. The
+    // mark in front counts more than what the page says of itself.
     constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
     return {std::string(kUtf8Mark) + DecodePageText(bytes), "text/html"};
 }

@@ -1,5 +1,6 @@
 #include "platform/PageAddress.h"
 
+#include "platform/TextCoding.h"
 
 #include <algorithm>
 #include <array>
@@ -27,7 +28,7 @@ bool ContinuesName(char byte)
 std::string CharacterOf(std::uint32_t number)
 {
     if (number >= 0x80 && number < 0xA0)
-        return DecodeFeedText(std::string(1, static_cast<char>(number))); // Windows-1252, as ever
+        return DecodePageText(std::string(1, static_cast<char>(number))); // Windows-1252, as ever
     if (number == 0 || number > 0x10FFFF || (number >= 0xD800 && number < 0xE000))
         number = 0xFFFD;
     std::array<char, 6> bytes{}; // the most that the call writes
