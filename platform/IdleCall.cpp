@@ -5,16 +5,34 @@
 
 namespace vantro {
 
-void CallWhenIdle(std::function<void()> action)
+namespace {
+
+using Action = std::function<void()>;
+
+// The toolkit paints at G_PRIORITY_HIGH_IDLE + 20 and measures rows at + 25.
+constexpr int kBeforeMeasuring = G_PRIORITY_HIGH_IDLE + 22;
+
+void Call(int priority, Action action)
 {
-    using Action = std::function<void()>;
     g_idle_add_full(
-        G_PRIORITY_DEFAULT_IDLE,
+        priority,
         [](gpointer data) -> gboolean {
             (*static_cast<Action*>(data))();
             return G_SOURCE_REMOVE;
         },
         new Action(std::move(action)), [](gpointer data) { delete static_cast<Action*>(data); });
+}
+
+} // namespace
+
+void CallSoon(std::function<void()> action)
+{
+    Call(kBeforeMeasuring, std::move(action));
+}
+
+void CallWhenIdle(std::function<void()> action)
+{
+    Call(G_PRIORITY_DEFAULT_IDLE, std::move(action));
 }
 
 } // namespace vantro

@@ -26,7 +26,7 @@ bool VantroApp::OnInit()
     if (!instance_->IsFirst())
         return true; // nothing to run, and nothing went wrong
     // The window paints between the ends of two downloads.
-    runtime_ = std::make_unique<Runtime>([this] { CallWhenIdle([this] { runtime_->reader.Deliver(); }); });
+    runtime_ = std::make_unique<Runtime>([this] { CallSoon([this] { runtime_->reader.Deliver(); }); });
     window_ = new frmMain(*runtime_);
     window_->Form_Load();
     CallWhenIdle([this] { endRequests_->WatchSession(); });
@@ -36,6 +36,17 @@ bool VantroApp::OnInit()
 int VantroApp::OnRun()
 {
     return instance_->IsFirst() ? wxApp::OnRun() : 0;
+}
+
+void VantroApp::WakeUpIdle()
+{
+    wxApp::WakeUpIdle();
+    if (isWoken_.exchange(true))
+        return;
+    CallSoon([this] {
+        isWoken_ = false;
+        ProcessPendingEvents();
+    });
 }
 
 int VantroApp::OnExit()

@@ -4,6 +4,7 @@
 #include "platform/SingleInstance.h"
 #include "shell/Runtime.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <wx/app.h>
@@ -19,6 +20,9 @@ public:
     bool OnInit() override;
     int OnRun() override;
     int OnExit() override;
+    // Also sees to it that pending events and deletions do not wait until the toolkit has nothing else to do.
+    // Any thread.
+    void WakeUpIdle() override;
 
     [[nodiscard]] frmMain* MainWindow() const { return window_; }
     [[nodiscard]] Runtime& Parts() { return *runtime_; }
@@ -27,6 +31,7 @@ private:
     std::optional<EndRequests> endRequests_;
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<Runtime> runtime_;
+    std::atomic<bool> isWoken_ = false;
     wxWeakRef<frmMain> window_; // owned by the window library
 };
 

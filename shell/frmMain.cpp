@@ -12,6 +12,7 @@
 #include "shell/modMain.h"
 
 #include <string>
+#include <wx/app.h>
 #include <wx/menu.h>
 #include <wx/panel.h>
 #include <wx/sizer.h>
@@ -204,6 +205,7 @@ void frmMain::Form_Unload()
         options_->Close(true);
     tmrDownload_.Stop();
     Destroy();
+    wxWakeUpIdle(); // which destroys it: a window out of sight gets no events that would
 }
 
 void frmMain::mnuSettings_Click()
