@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <string>
 #include <wx/menu.h>
+#include <wx/utils.h>
 #include <wx/weakref.h>
 
 namespace vantro {
@@ -115,7 +116,8 @@ NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks)
         wxDV_SINGLE | wxDV_NO_HEADER | wxBORDER_THEME, wxDefaultValidator, "tv"),
       tree_(tree),
       clicks_(clicks),
-      model_(new Model(tree))
+      model_(new Model(tree)),
+      placeTimer_(this)
 {
     AssociateModel(model_.get());
     auto* renderer
@@ -155,19 +157,31 @@ void NewsTreeView::BranchReplaced(const NewsNode& /*root*/)
         ScrollTo(*this, PlaceNow());
 }
 
-// Until the toolkit has measured the new rows the view does not say where it stands; then the place that was
-// kept before counts.
+// Until the toolkit has measured and laid out the new rows, which takes it some frames, the view does not say
+// where it stands, and the next merge of a check comes before; so the place that was kept first counts.
 void NewsTreeView::KeepPlace()
 {
+    constexpr int kUntilRest = 300; // milliseconds
     const NewsNode* top = NodeOf(GetTopItem());
-    if (place_ || top == nullptr)
-        return;
-    const bool isItem = top->Parent() != nullptr;
-    place_ = Place{isItem ? top->Parent()->Key() : top->Key(),
-        isItem ? std::optional(Hold(*top)) : std::nullopt, HiddenPartOfTopRow(*this)};
-    CallWhenIdle([view = wxWeakRef<NewsTreeView>(this)] {
-        if (view)
-            view->RestorePlace();
+    if (!place_ && top != nullptr) {
+        const bool isItem = top->Parent() != nullptr;
+        place_ = Place{isItem ? top->Parent()->Key() : top->Key(),
+            isItem ? std::optional(Hold(*top)) : std::nullopt, HiddenPartOfTopRow(*this)};
+    }
+    RestorePlaceWhenIdle(false);
+    placeTimer_.StartOnce(kUntilRest);
+}
+
+void NewsTreeView::RestorePlaceWhenIdle(bool forTheLastTime)
+{
+    CallWhenIdle([view = wxWeakRef<NewsTreeView>(this), forTheLastTime] {
+        if (view && wxGetMouseState().LeftIsDown())
+            view->place_.reset(); // the user may hold the scroll bar
+        if (!view || !view->place_)
+            return;
+        ScrollTo(*view, view->PlaceNow(), view->place_->hidden);
+        if (forTheLastTime && !view->placeTimer_.IsRunning())
+            view->place_.reset();
     });
 }
 
@@ -183,12 +197,6 @@ ListRow NewsTreeView::PlaceNow() const
     row.child = same != nullptr ? IndexOf(root->Children(), same)
                                 : std::clamp(ItemNumber(place_->item->key), 1, items) - 1;
     return row;
-}
-
-void NewsTreeView::RestorePlace()
-{
-    ScrollTo(*this, PlaceNow(), place_->hidden);
-    place_.reset();
 }
 
 void NewsTreeView::NodeChanged(const NewsNode& node)
@@ -254,6 +262,12 @@ void NewsTreeView::BindEvents()
         }
         Click(TreeClicks::kRightButton);
     });
+    Bind(wxEVT_TIMER, [this](wxTimerEvent&) { RestorePlaceWhenIdle(true); });
+    // What the user does moves the list from where it was kept.
+    Bind(wxEVT_MOUSEWHEEL, [this](wxMouseEvent& event) {
+        event.Skip();
+        place_.reset();
+    });
     Bind(wxEVT_KEY_DOWN, &NewsTreeView::OnKey, this);
     Bind(wxEVT_MOTION, &NewsTreeView::OnMotion, this);
 }
@@ -299,7 +313,10 @@ void NewsTreeView::OnMotion(wxMouseEvent& event)
 
 void NewsTreeView::OnKey(wxKeyEvent& event)
 {
+    place_.reset();
     const int key = event.GetKeyCode();
+    if (key == 'F' && event.ControlDown())
+        return; // opens the toolkit's search, see IgnoreLetters()
     const bool menu = key == WXK_WINDOWS_MENU || key == WXK_MENU || (key == WXK_F10 && event.ShiftDown());
     if (key == WXK_RETURN || key == WXK_NUMPAD_ENTER || key == WXK_SPACE)
         Click(TreeClicks::kLeftButton);

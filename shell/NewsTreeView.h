@@ -9,6 +9,7 @@
 #include <string>
 #include <wx/bmpbndl.h>
 #include <wx/dataview.h>
+#include <wx/timer.h>
 
 namespace vantro {
 
@@ -23,6 +24,8 @@ public:
     // Opens `menu` for the click under way: at the pointer, or at the selected row when a key asked for it.
     // Its choices come to the parent window as wxEVT_MENU.
     void ShowPopup(wxMenu& menu);
+    // Whether it is still finding back to where it stood before a merge.
+    [[nodiscard]] bool IsMoving() const { return place_.has_value(); }
 
 private:
     class Model;
@@ -46,7 +49,7 @@ private:
     void Click(std::int16_t button);
     void KeepPlace();
     [[nodiscard]] ListRow PlaceNow() const;
-    void RestorePlace();
+    void RestorePlaceWhenIdle(bool forTheLastTime);
     void ShowSelection();
     void OnLeftUp(wxMouseEvent& event);
     [[nodiscard]] bool IsOnRow(const wxPoint& position) const;
@@ -56,7 +59,8 @@ private:
     TreeClicks& clicks_;
     wxObjectDataPtr<Model> model_;
     bool showing_ = false; // what the view reports meanwhile is not the user's doing
-    std::optional<Place> place_; // what the view is to stand at again, until it does
+    std::optional<Place> place_; // what the view is to stand at again after the merges of a check
+    wxTimer placeTimer_; // until the toolkit has come to rest after them
     bool byKey_ = false; // the click under way was made with a key
 };
 

@@ -89,6 +89,7 @@ TEST_F(NewsTreeViewTest, KeepsItsPlaceThroughMerges)
     Rest();
     GtkAdjustment* scroll = gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(view->GtkGetTreeView()));
     for (const double place : {300.0, 1207.0}) { // in the first branch and in the second
+        ASSERT_TRUE(PumpUntil([this] { return !view->IsMoving(); }));
         gtk_adjustment_set_value(scroll, place);
         Rest();
         const std::string top = TopRow();
