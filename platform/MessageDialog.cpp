@@ -20,8 +20,8 @@ constexpr int kBesideTitle = 120; // what the window manager's buttons take of t
 
 MessageDialog::MessageDialog(wxWindow* parent, const std::string& title, const std::string& text,
     bool stopIcon, std::function<void()> closed)
-    : wxDialog(parent, wxID_ANY, wxString::FromUTF8(title), wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE,
-        "messageBox"),
+    : wxDialog(parent, wxID_ANY, wxString::FromUTF8(title), wxDefaultPosition, wxDefaultSize,
+        wxDEFAULT_DIALOG_STYLE, "messageBox"),
       texts_(new wxBoxSizer(wxVERTICAL)),
       closed_(std::move(closed))
 {
@@ -54,6 +54,7 @@ void MessageDialog::SetText(const std::string& text)
     texts_->Add(CreateTextSizer(wxString::FromUTF8(ReadableText(text)), FromDIP(kWidestText)));
     SetMinSize(wxDefaultSize);
     GetSizer()->SetSizeHints(this);
+    Layout(); // which an unchanged size would leave out
     CentreOnParent();
 }
 

@@ -25,11 +25,18 @@ void MessageBoxes::Show(Box box)
 
 void MessageBoxes::ShowFirst()
 {
+    // The window that is active now gets the keyboard back.
+    wxWindow* active = wxGetTopLevelParent(wxGetActiveWindow());
+    ShowFirstOver(active != nullptr ? active : parent_);
+}
+
+void MessageBoxes::ShowFirstOver(wxWindow* window)
+{
     const Box& box = boxes_.front();
-    dialog_ = new MessageDialog(parent_, box.title, box.text, box.stop, [this] {
+    dialog_ = new MessageDialog(window, box.title, box.text, box.stop, [this, window] {
         boxes_.pop_front();
         if (!boxes_.empty())
-            ShowFirst();
+            ShowFirstOver(window);
     });
     dialog_->Show();
 }

@@ -29,6 +29,7 @@ public:
 
 private:
     void ShowFirst();
+    void ShowFirstOver(wxWindow* window);
 
     wxWindow* parent_;
     wxWeakRef<MessageDialog> dialog_; // owned by the window library
