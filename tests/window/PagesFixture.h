@@ -66,10 +66,11 @@ protected:
     }
     void Begin(const SiteModule& module, int item = 1)
     {
-        shown_ = false;
         went_.clear();
-        module.ShowItemPage(
-            *display_, std::string(module.Row().prefix) + std::to_string(item), [this] { shown_ = true; });
+        // The display before, which this one ends, reports as well.
+        module.ShowItemPage(*display_, std::string(module.Row().prefix) + std::to_string(item),
+            [this, mine = ++begun_] { shown_ = mine == begun_; });
+        shown_ = false;
     }
     void Show(const SiteModule& module, int item = 1)
     {
@@ -120,7 +121,8 @@ protected:
     WebKitWebView* engine_ = nullptr;
     Titles went_; // where pages and frames were let go, since the last Begin()
     Titles outside_;
-    bool shown_ = false;
+    int begun_ = 0;
+    bool shown_ = false; // the one begun last
     HttpServer server_;
 };
 
