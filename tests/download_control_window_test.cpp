@@ -74,9 +74,8 @@ TEST_F(DownloadControlTest, PassesTheMouseOnInItsOwnUnits)
     control->Mouse
         = {[&] { log << "Click; "; }, [&] { log << "DblClick; "; }, logged("Down"), {}, logged("Up")};
     wxUIActionSimulator mouse;
-    mouse.MouseMove(control->ClientToScreen(wxPoint(10, 4)));
     mouse.KeyDown(WXK_SHIFT);
-    mouse.MouseClick(wxMOUSE_BTN_RIGHT);
+    Click(*control, {10, 4}, wxMOUSE_BTN_RIGHT);
     mouse.KeyUp(WXK_SHIFT);
     mouse.MouseDblClick();
     mouse.MouseDown(wxMOUSE_BTN_MIDDLE);

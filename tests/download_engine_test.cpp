@@ -53,7 +53,7 @@ struct DownloadEngineTest : ::testing::Test {
     }
     bool Begin(const std::string& path, bool wait = false)
     {
-        engine->SetFileURL(server.Address(path));
+        engine->SetFileURL(path.starts_with('/') ? server.Address(path) : path);
         log.clear();
         return engine->BeginDownload(wait);
     }
@@ -99,32 +99,25 @@ TEST_F(DownloadEngineTest, TreatsARedirectAsItsTwoFlagsSay)
     server.Serve("/old.xml", HttpText("302 Found", "", "Location: /new.xml?v=2\r\n"));
     server.Serve("/new.xml?v=2", HttpText("200 OK", "new"));
     const std::string target = server.Address("/new.xml?v=2");
-    const struct {
-        bool fail, rename;
-        std::string events, savedAs, content;
-    } cases[] = {
-        {true, true, "Error 2 Redirected to " + target + " | Complete 0 | ", "old.xml", "(none)"},
-        {false, true, "Redirect " + target + " | Connected 127.0.0.1 | Size 3 | ", "new.xml?v=2", "new"},
-        {false, false, "Redirect " + target + " | Connected 127.0.0.1 | Size 3 | ", "old.xml", "new"},
-    };
-    for (const auto& row : cases) {
-        engine->SetFailOnRedirect(row.fail);
-        engine->SetRenameOnRedirect(row.rename);
-        EXPECT_NE(Download("/old.xml").find(row.events), std::string::npos) << log;
-        EXPECT_EQ(engine->SaveFileName(), folder + "/" + row.savedAs);
-        EXPECT_EQ(FileText(row.savedAs), row.content);
+    const std::string follows = "Redirect " + target + " | Connected 127.0.0.1 | Size 3 | ";
+    int hits = 0;
+    for (const auto& [fail, rename, events, savedAs, content] :
+        {std::tuple{true, true, "Error 2 Redirected to " + target + " | Complete 0 | ", "old.xml", "(none)"},
+            {false, true, follows, "new.xml?v=2", "new"}, {false, false, follows, "old.xml", "new"}}) {
+        engine->SetFailOnRedirect(fail);
+        engine->SetRenameOnRedirect(rename);
+        EXPECT_NE(Download("/old.xml").find(events), std::string::npos) << log;
+        EXPECT_EQ(engine->SaveFileName(), folder + "/" + savedAs);
+        EXPECT_EQ(FileText(savedAs), content);
         LetOthersFinish();
-        EXPECT_EQ(server.Hits("/new.xml?v=2"), &row - cases); // a refused redirect sent nothing there
+        EXPECT_EQ(server.Hits("/new.xml?v=2"), hits++) << "a refused redirect sends nothing there";
     }
 }
 
 TEST_F(DownloadEngineTest, AFailureLeavesTheOldFileAndEndsWithErrorAndComplete)
 {
     temporary.Write("a", "old");
-    const struct {
-        const char *path, *subfolder;
-        std::string answer, error;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
         {"/a", "", HttpText("200 OK"), "Error 3 Zero bytes retrieved"},
         {"/a", "", HttpText("404 Not Found", "?"), "Error 99 404 Not Found"},
         {"/a", "/none", HttpText("200 OK", "x"), "Error 4 No such file or directory [" + folder + "/none/a]"},
@@ -137,22 +130,20 @@ TEST_F(DownloadEngineTest, AFailureLeavesTheOldFileAndEndsWithErrorAndComplete)
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit small{5000, before.rlim_max}; // as a disk that is full half-way
     setrlimit(RLIMIT_FSIZE, &small);
-    for (const auto& row : cases) {
-        server.Serve(row.path, row.answer);
-        engine->SetSaveFilePath(folder + row.subfolder);
-        EXPECT_TRUE(Download(row.path).ends_with(row.error + " | Complete 0 | ")) << log;
+    for (const auto& [path, subfolder, answer, error] : cases) {
+        server.Serve(path, answer);
+        engine->SetSaveFilePath(folder + subfolder);
+        EXPECT_TRUE(Download(path).ends_with(error + " | Complete 0 | ")) << log;
         EXPECT_FALSE(engine->Saved());
         EXPECT_EQ(FileText("a"), "old");
-        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << row.error;
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << error;
     }
     setrlimit(RLIMIT_FSIZE, &before);
 }
 
 TEST_F(DownloadEngineTest, ARefusedStartRaisesBothEventsAndThenTheMessageBox)
 {
-    engine->SetFileURL("ftp://a.example/a");
-    log.clear();
-    EXPECT_FALSE(engine->BeginDownload());
+    EXPECT_FALSE(Begin("ftp://a.example/a"));
     EXPECT_EQ(log,
         "Error 1 Unsupported URL scheme | Complete 0 | "
         "Box bkDLControl Internal Error: 5 5Error: \r\nUnsupported URL scheme | ");

@@ -37,10 +37,9 @@ struct FormPlacementTest : FeedFixture {
     }
     void StorePlace(const wxRect& pixels)
     {
-        SetOption("frmMainTop", pixels.y * 15);
-        SetOption("frmMainLeft", pixels.x * 15);
-        SetOption("frmMainWidth", pixels.width * 15);
-        SetOption("frmMainHeight", pixels.height * 15);
+        for (const auto& [name, length] : {std::pair{"frmMainTop", pixels.y}, {"frmMainLeft", pixels.x},
+                 {"frmMainWidth", pixels.width}, {"frmMainHeight", pixels.height}})
+            SetOption(name, length * 15);
     }
 
     wxFrame* frame = nullptr;

@@ -25,18 +25,4 @@ TEST(PropertyBagTest, StoresWhatDiffersFromItsDefaultAndReadsItBackFromAForm)
     EXPECT_EQ(read[0].properties.ReadString("FileURL", ""), "http://a.example/\"x\" = 'y'\xC3\xA9");
 }
 
-TEST(PropertyBagTest, SkipsGarbageAndKeepsNestedBlocksApart)
-{
-    const auto read
-        = ParseSavedForm("VERSION 5.00\r\nlost = 1\nEnd\n= 3\r\nBegin Form frmMain\r\n begin bkDLControl d \n"
-                         "  x = 1\n  X = 2\n  = 4\n  y =\n  what\n end\n Begin\n  End = 5\nx=-1");
-    ASSERT_EQ(read.size(), 2U);
-    EXPECT_EQ(read[1].className + "|" + read[1].name, "bkDLControl|d");
-    EXPECT_EQ(read[1].properties.Properties().size(), 1U);
-    EXPECT_EQ(read[1].properties.ReadInt32("x", 0), 2);
-    EXPECT_EQ(read[0].properties.ReadInt32("end", 0), 5);
-    EXPECT_TRUE(read[0].properties.ReadBool("X", false));
-    EXPECT_EQ(read[0].properties.ReadInt32("lost", 3) + read[1].properties.ReadInt32("y", 4), 7);
-}
-
 } // namespace vantro

@@ -5,8 +5,6 @@
 
 namespace vantro {
 
-namespace {
-
 struct FakeTimer final : MinuteTimer {
     void Enable(std::chrono::milliseconds interval) override { interval_ = interval; }
     void Disable() override { interval_ = {}; }
@@ -56,6 +54,7 @@ TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
     SetOption("Check Interval Minutes", 1);
     Tick();
     EXPECT_EQ(boxes_.size(), 3U) << "a lowered interval counts from the next tick on";
+    EXPECT_EQ(said_, Titles{}) << "where no file came nothing is merged";
 }
 
 TEST_F(RefreshCycleTest, ArmsTheTimerOnlyWhenBothSettingsAskForIt)
@@ -85,17 +84,6 @@ TEST_F(RefreshCycleTest, TellsErrorsOfTheNewsSitesInTheirWords)
     EXPECT_FALSE(engines_[0].Events.DLError) << "the program's own feed fails in silence";
 }
 
-TEST_F(RefreshCycleTest, MergesACompletedFileIntoItsSite)
-{
-    cycle_.StartFeedDownloads();
-    engines_[2].Events.DLComplete(10);
-    EXPECT_TRUE(TreeTitles(modXBOXSCENE).empty()) << "without a file nothing happens";
-    folder_.Write("xbox-scene.xml", "<item><title>A</title></item>");
-    engines_[2].Events.DLComplete(10);
-    EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"A"}));
-    EXPECT_TRUE(TreeTitles(modXBINS).empty());
-}
-
 TEST_F(FeedFixture, ClicksActOnTheSelectedNodeByTheButtonPressedLast)
 {
     std::string did;
@@ -105,35 +93,30 @@ TEST_F(FeedFixture, ClicksActOnTheSelectedNodeByTheButtonPressedLast)
                 did = std::string("popup ") + (read ? "read " : "- ") + (unread ? "unread" : "-");
             },
             [&](const std::string& text) { did = text; }});
-    const auto click = [&](std::int16_t button) {
+    const auto click = [&](const char* key, std::int16_t button) {
         did.clear();
+        tree_->Select(tree_->Find(key));
         clicks.tv_MouseDown(button);
         clicks.tv_Click();
         return did;
     };
-    EXPECT_EQ(click(TreeClicks::kLeftButton), "") << "nothing is selected";
     ReceiveTitles(modXBOXSCENE, {"A"});
-    tree_->Select(tree_->Find("XBINS"));
-    EXPECT_EQ(click(TreeClicks::kLeftButton), "");
-    EXPECT_EQ(click(TreeClicks::kRightButton), "popup - -");
-    tree_->Select(tree_->Find("xbsc1"));
-    EXPECT_EQ(click(TreeClicks::kLeftButton), "page xbsc1");
-    EXPECT_EQ(click(TreeClicks::kRightButton), "popup read -");
-    EXPECT_EQ(click(4), "");
+    EXPECT_EQ(click("nothing", TreeClicks::kLeftButton), "");
+    EXPECT_EQ(click("XBINS", TreeClicks::kLeftButton), "");
+    EXPECT_EQ(click("XBINS", TreeClicks::kRightButton), "popup - -");
+    EXPECT_EQ(click("xbsc1", TreeClicks::kLeftButton), "page xbsc1");
+    EXPECT_EQ(click("xbsc1", TreeClicks::kRightButton), "popup read -");
+    EXPECT_EQ(click("xbsc1", 4), "");
     ReceiveTitles(modXBOXSCENE, {"New", "A"});
     EXPECT_EQ(clicks.PopupItem(), tree_->Find("xbsc2")) << "an open popup belongs to its story";
     ReceiveTitles(modXBOXSCENE, {"Newer", "A"});
-    tree_->Select(tree_->Find("xbsc1"));
-    click(TreeClicks::kRightButton);
+    click("xbsc1", TreeClicks::kRightButton);
     ReceiveTitles(modXBOXSCENE, {"A", "Newest"});
     EXPECT_EQ(clicks.PopupItem(), nullptr) << "gone, and the site is no item";
-    tree_->Select(tree_->Find("xbsc1"));
     tree_->SetState(*tree_->Find("xbsc1"), {TreeImage::ItemRead, false, "<READ>"});
-    EXPECT_EQ(click(TreeClicks::kRightButton), "popup - unread");
+    EXPECT_EQ(click("xbsc1", TreeClicks::kRightButton), "popup - unread");
     tree_->SetState(*tree_->Find("XBINS"), {TreeImage::Site, false, "<READ>"});
-    tree_->Select(tree_->Find("XBINS"));
-    EXPECT_EQ(click(TreeClicks::kLeftButton), "Unknown item tag!. Please contact Tobrin");
+    EXPECT_EQ(click("XBINS", TreeClicks::kLeftButton), "Unknown item tag!. Please contact Tobrin");
 }
 
-} // namespace
 } // namespace vantro

@@ -11,13 +11,12 @@
 #include <set>
 
 namespace vantro {
-namespace {
 
 namespace fs = std::filesystem;
 using namespace std::literals;
 
 // What another program does to the file stays done, and open, until the returned connection goes.
-Database Tell(const fs::path& file, const char* sql)
+static Database Tell(const fs::path& file, const char* sql)
 {
     sqlite3* opened = nullptr;
     EXPECT_EQ(sqlite3_open(file.c_str(), &opened), SQLITE_OK);
@@ -107,12 +106,12 @@ TEST_F(RegistryStoreTest, DeletingTakesAKeyWithItsValuesButNeverOneWithSubKeys)
 }
 
 using Spoil = std::function<void(const fs::path&)>;
-Spoil Overwrite(std::streamoff at, const std::string& bytes)
+static Spoil Overwrite(std::streamoff at, const std::string& bytes)
 {
     return [=](const fs::path& file) { std::fstream(file, std::ios::in | std::ios::out).seekp(at) << bytes; };
 }
 
-Spoil Alter(const char* sql)
+static Spoil Alter(const char* sql)
 {
     return [=](const fs::path& file) { Tell(file, sql); };
 }
@@ -208,5 +207,4 @@ TEST_F(RegistryStoreTest, AStoreThatIsNewerOrCannotBeBegunIsLeftAsItIs)
     ExpectNotKept("The store cannot be written", "(none)");
 }
 
-} // namespace
 } // namespace vantro

@@ -1,19 +1,10 @@
-#include "shell/ClampValue.h"
 #include "shell/WindowPlacement.h"
 
-#include <array>
 #include <gtest/gtest.h>
 #include <tuple>
 #include <vector>
 
 namespace vantro {
-
-TEST(ClampValueTest, KeepsTheBoundsThatAreSetAndLetsTheMaximumWin)
-{
-    for (const auto& [value, minimum, maximum, expected] : {std::array{5, 0, 10, 5}, {-5, 0, 10, 0},
-             {15, 0, 10, 10}, {-5, -1, 10, -5}, {15, 0, -1, 15}, {15, 20, 10, 10}})
-        EXPECT_EQ(ClampValue(value, minimum, maximum), expected) << value << " " << minimum;
-}
 
 TEST(WindowPlacementTest, RestoresALengthNoSmallerThanTheMinimum)
 {

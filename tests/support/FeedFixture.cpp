@@ -41,11 +41,9 @@ void FeedFixture::Restart(const StoreOptions& options)
     LoadStoredItems(Services());
 }
 
-void FeedFixture::Receive(const SiteModule& module, std::string_view recorded)
+void FeedFixture::Receive(const SiteModule& module, std::string_view feed)
 {
-    const auto bytes = ReadWholeFile(fs::path(VANTRO_TEST_FEEDS) / recorded);
-    ASSERT_TRUE(bytes) << recorded;
-    const fs::path file = folder_.Write("received.xml", *bytes);
+    const fs::path file = folder_.Write("received.xml", feed);
     module.MergeFeed(Services(), file);
     EXPECT_FALSE(fs::exists(file)) << "a downloaded file does not outlive its merge";
 }
@@ -55,7 +53,7 @@ void FeedFixture::ReceiveTitles(const SiteModule& module, const Titles& titles)
     std::string feed = "<rss><channel><title>Channel</title>\n";
     for (const std::string& title : titles)
         feed += "<item><title>" + title + "</title><link>http://news.example/" + title + "</link></item>\n";
-    module.MergeFeed(Services(), folder_.Write("received.xml", feed));
+    Receive(module, feed);
 }
 
 NewsNode& FeedFixture::Item(const SiteModule& module, std::string_view title) const

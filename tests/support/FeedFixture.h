@@ -37,8 +37,8 @@ class FeedFixture : public ::testing::Test {
 protected:
     FeedFixture() { Restart(); }
 
-    // Merges a recorded feed file, or one made of these titles, as if it had just been downloaded.
-    void Receive(const SiteModule& module, std::string_view recorded);
+    // Merges a feed of this text, or one made of these titles, as if it had just been downloaded.
+    void Receive(const SiteModule& module, std::string_view feed);
     void ReceiveTitles(const SiteModule& module, const Titles& titles);
     // Closes store and tree and starts again from what is on disk.
     void Restart(const StoreOptions& options = {});

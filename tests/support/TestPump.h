@@ -21,13 +21,12 @@ public:
     }
     void Close() { isClosing_ = true; } // as when the program closes: RunUntil() returns false
 
-    // Also false, with a failure of the test, when nothing came of it for 20 seconds.
+    // Also false, with a failure of the test, when no event came for 20 seconds.
     bool RunUntil(const std::function<bool()>& done) override
     {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         while (!isClosing_ && !done()) {
             std::unique_lock lock(mutex_);
-            if (!changed_.wait_until(lock, deadline, [this] { return !events_.empty(); })) {
+            if (!changed_.wait_for(lock, std::chrono::seconds(20), [this] { return !events_.empty(); })) {
                 ADD_FAILURE() << "waited in vain";
                 return false;
             }
