@@ -92,8 +92,6 @@ EndRequests::Implementation::~Implementation()
 {
     for (const guint signal : signals)
         g_source_remove(signal);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
-        std::signal(signal, SIG_IGN);
     g_cancellable_cancel(cancellable);
     g_object_unref(cancellable);
     if (bus == nullptr)

@@ -16,8 +16,7 @@ public:
     // must not destroy this object; it arranges for the program to end afterwards. Takes DESKTOP_AUTOSTART_ID
     // out of the environment, which no other program may use: constructed before threads.
     explicit EndRequests(std::function<void()> end);
-    // From then on the signals are ignored: the program has ended but for what its libraries clear away.
-    // Waits for nothing.
+    // Signals have their default effect again. Waits for nothing.
     ~EndRequests();
     EndRequests(const EndRequests&) = delete;
     EndRequests& operator=(const EndRequests&) = delete;

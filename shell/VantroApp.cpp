@@ -15,7 +15,7 @@ bool VantroApp::OnInit()
     SetAppDisplayName("Vantro");
     delete wxLog::SetActiveTarget(new wxLogStderr); // the default one opens boxes
     // First of all, as it is to be made before there are threads.
-    endRequests_.emplace([this] {
+    endRequests_ = std::make_unique<EndRequests>([this] {
         if (window_)
             window_->Close(true);
     });
@@ -53,9 +53,8 @@ int VantroApp::OnExit()
 {
     runtime_.reset();
     instance_.reset();
-    const int status = wxApp::OnExit();
-    endRequests_.reset();
-    return status;
+    (void)endRequests_.release(); // for good: a signal that comes now finds the program ending already
+    return wxApp::OnExit();
 }
 
 } // namespace vantro

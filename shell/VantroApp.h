@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <memory>
-#include <optional>
 #include <wx/app.h>
 #include <wx/weakref.h>
 
@@ -28,7 +27,7 @@ public:
     [[nodiscard]] Runtime& Parts() { return *runtime_; }
 
 private:
-    std::optional<EndRequests> endRequests_;
+    std::unique_ptr<EndRequests> endRequests_;
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<Runtime> runtime_;
     std::atomic<bool> isWoken_ = false;
