@@ -2,6 +2,7 @@
 
 #include "platform/NativeEngineGtk.h"
 #include "platform/NativeMenuGtk.h"
+#include "platform/NativeZoomGtk.h"
 
 #include <gtk/gtk.h>
 #include <utility>
@@ -59,6 +60,7 @@ struct NativeWebView::Implementation {
         g_object_add_weak_pointer(G_OBJECT(view), WeakPointer());
         ConnectNavigation();
         ConnectInput();
+        ConnectZoom(view);
         ConnectRequests();
     }
 

@@ -132,6 +132,21 @@ TEST_F(PagesWindowTest, APageFollowedToCannotMoveOnOpenWindowsOrAskQuestionsByIt
     EXPECT_EQ(went_.back(), server_.Address("/a%20b.nfo"));
 }
 
+TEST_F(PagesWindowTest, ControlWithPlusAndZeroZoomsThisPageAndTheNext)
+{
+    const auto isLime = [this] { return ColourAt(150, 300) == std::string("\x00\xff\x00", 3); };
+    for (const bool before : {false, true}) {
+        ReceiveLink(
+            modVANTRO, "", "<p style='position:fixed;top:0;width:130px;height:130px;background:lime'>");
+        Show(modVANTRO);
+        Click(300, 400);
+        EXPECT_TRUE(PumpUntil([&] { return isLime() == before; }));
+        for (int i = 0; i < 7; ++i) // doubles
+            wxUIActionSimulator().Char(before ? '0' : '=', wxMOD_CONTROL);
+        EXPECT_TRUE(PumpUntil([&] { return isLime() != before; }));
+    }
+}
+
 TEST_F(PagesWindowTest, CookiesAreForPagesThatAreFollowedOnly)
 {
     const std::string sets = "Content-Type: text/html\r\nSet-Cookie: a=1; Path=/\r\n";

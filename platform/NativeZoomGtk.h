@@ -1,0 +1,11 @@
+#pragma once
+
+#include <webkit2/webkit2.h>
+
+namespace vantro {
+
+// From now on Ctrl with plus, minus and 0, and Ctrl with the wheel, change the size at which the view shows
+// its pages, between half and three times the usual one. It holds for all pages as long as the view lives.
+void ConnectZoom(WebKitWebView* view);
+
+} // namespace vantro
