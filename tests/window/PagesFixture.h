@@ -112,8 +112,8 @@ protected:
     }
     [[nodiscard]] bool NoFilesLeft() const { return std::filesystem::is_empty(run_); }
 
-    static constexpr const char* kWideLink
-        = "<style>a{position:fixed;top:0;left:0;width:100%;height:95px}</style>";
+    static constexpr const char* kWideLink = "<style>a{position:fixed;top:0;left:0;width:100%;height:95px;"
+                                             "max-height:none;transform:none}</style>";
     std::filesystem::path run_ = folder_.Path() / "run";
     wxFrame* frame_ = nullptr;
     std::unique_ptr<Browser> browser_;
