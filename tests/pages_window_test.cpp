@@ -52,8 +52,9 @@ TEST_F(PagesWindowTest, NothingInAFeedActsOrReachesAnythingLocalOnAnyPage)
         EXPECT_EQ(
             requests.empty(), name != "style-background" && name != "local-files" && name != "image-names")
             << requests;
-        for (const char* never : {"-title-", "-link-", "-homepage-", "-date-", "-releasedate-", "vantro-page",
-                 "Cookie", "Referer", folder_.Path().filename().c_str()})
+        const Titles secrets{"-title-", "-link-", "-homepage-", "-date-", "-releasedate-", "vantro-page",
+            "Cookie", "Referer", folder_.Path().filename().string()};
+        for (const std::string& never : secrets)
             EXPECT_EQ(requests.find(never), std::string::npos) << name << never << requests;
     }
     char event[4096];
