@@ -4,8 +4,6 @@
 #include <string>
 #include <wx/dialog.h>
 
-class wxStaticText;
-
 namespace vantro {
 
 // A message with an OK button. Application-modal while it is shown: the other windows take no input. But

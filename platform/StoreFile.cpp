@@ -188,8 +188,8 @@ Finding Accept(sqlite3* database, const StoreOptions& options)
     }
     if (finding != Finding::Usable)
         return finding;
-    // The cache holds a merge of 100,000 items, which else would be written and read again while it runs. The
-    // journal of such a merge is cut back afterwards. Deleted news need no overwriting.
+    // The cache holds a merge of 20,000 items, which else would be written and read again while it runs. The
+    // journal of it is cut back afterwards. Deleted news need no overwriting.
     Execute(database,
         "PRAGMA synchronous=FULL; PRAGMA mmap_size=0; PRAGMA secure_delete=OFF; PRAGMA cache_size=-262144;"
         "PRAGMA journal_mode=WAL; PRAGMA journal_size_limit=4194304");
