@@ -49,7 +49,10 @@ void Answer(WebKitURISchemeRequest* request, gpointer serve)
 
 WebKitWebContext* NewEngine(Serve serve)
 {
-    static const bool sandbox = SandboxWorks();
+    static const bool sandbox = [] {
+        g_setenv("MESA_SHADER_CACHE_DISABLE", "true", FALSE); // it would stay in the user's cache folder
+        return SandboxWorks();
+    }();
     WebKitWebContext* engine = webkit_web_context_new_ephemeral();
     if (sandbox)
         webkit_web_context_set_sandbox_enabled(engine, TRUE);
@@ -67,8 +70,8 @@ void Restrict(WebKitSettings* settings)
     g_object_set(settings, "allow-file-access-from-file-urls", FALSE, "allow-universal-access-from-file-urls",
         FALSE, "javascript-can-open-windows-automatically", FALSE, "javascript-can-access-clipboard", FALSE,
         "enable-dns-prefetching", FALSE, "enable-page-cache", FALSE, "enable-developer-extras", FALSE,
-        "enable-html5-database", FALSE, "enable-fullscreen", FALSE, "hardware-acceleration-policy",
-        WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
+        "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE,
+        "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
 }
 
 } // namespace vantro

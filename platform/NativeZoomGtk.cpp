@@ -25,11 +25,11 @@ bool HasControl(guint state)
         == GDK_CONTROL_MASK;
 }
 
-gboolean OnKey(WebKitWebView* view, const GdkEventKey* event, gpointer /*data*/)
+gboolean OnWindowEvent(GtkWidget* /*window*/, const GdkEvent* event, WebKitWebView* view)
 {
-    if (!HasControl(event->state))
+    if (event->type != GDK_KEY_PRESS || !HasControl(event->key.state))
         return FALSE;
-    switch (event->keyval) {
+    switch (event->key.keyval) {
     case GDK_KEY_plus:
     case GDK_KEY_equal:
     case GDK_KEY_KP_Add: Zoom(view, 1); return TRUE;
@@ -56,7 +56,9 @@ gboolean OnWheel(WebKitWebView* view, const GdkEventScroll* event, gpointer /*da
 
 void ConnectZoom(WebKitWebView* view)
 {
-    g_signal_connect(view, "key-press-event", G_CALLBACK(OnKey), nullptr);
+    // The keys count wherever in the window the focus is; the window library ends "key-press-event" there.
+    g_signal_connect_object(
+        gtk_widget_get_toplevel(GTK_WIDGET(view)), "event", G_CALLBACK(OnWindowEvent), view, GConnectFlags{});
     g_signal_connect(view, "scroll-event", G_CALLBACK(OnWheel), nullptr);
 }
 
