@@ -1,9 +1,11 @@
 #include "platform/Browser.h"
 
 #include "platform/TextCoding.h"
+#include "platform/WebAddress.h"
 #include "shell/modMain.h"
 
 #include <utility>
+#include <wx/log.h>
 #include <wx/utils.h>
 
 namespace vantro {
@@ -29,9 +31,10 @@ PagePart PartOf(std::string_view file, std::string bytes)
 
 } // namespace
 
-void OpenInDefaultProgram(const std::string& address)
+bool OpenInDefaultProgram(const std::string& address)
 {
-    wxLaunchDefaultBrowser(wxString::FromUTF8(address));
+    const wxLogNull noBox; // the caller says it
+    return wxLaunchDefaultBrowser(wxString::FromUTF8(address));
 }
 
 Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings settings)
@@ -51,6 +54,7 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
     };
     events.document = [this](const DocumentEnd& end) { DocumentCame(end); };
     events.pressed = [this] { gate_.Pressed(); };
+    events.clicked = [this](const std::string& link) { Clicked(link); };
     events.command = [this](NativeWebView::Command command, const std::string& link) { Do(command, link); };
     events.processLost = [this] {
         loading_ = false;
@@ -121,6 +125,7 @@ void Browser::Begin(Page page, std::map<std::string, PagePart> parts, LoadEnded 
     followed_.clear();
     answerLimit_.Stop();
     limit_.StartOnce(static_cast<int>(settings_.loadLimit.count()));
+    Say({});
     native_->SetCookies(false);
     if (native_->ProcessResponds())
         Load();
@@ -162,6 +167,10 @@ void Browser::SetSilent(bool silent)
 bool Browser::Allow(const Navigation& navigation)
 {
     const NavigationPolicy::Decision decision = policy_.Decide(navigation);
+    if (navigation.link && navigation.byUser)
+        Say({});
+    if (navigation.redirect)
+        answerLimit_.Stop(); // until the next is asked
     switch (decision.verdict) {
     case NavigationPolicy::Verdict::Allow:
         if (IsWebAddress(navigation.address)) {
@@ -174,6 +183,9 @@ bool Browser::Allow(const Navigation& navigation)
         CallAfter([this, address = decision.address] { NavigateFrame(address, kStoryFrame); });
         return false;
     case NavigationPolicy::Verdict::OpenOutside: OpenOutside(decision.address); return false;
+    case NavigationPolicy::Verdict::Refuse:
+        Say(SentenceOf({DocumentEnd::Kind::NoWebAddress, navigation.redirect ? wanted_ : ""}, false));
+        return false;
     case NavigationPolicy::Verdict::Ignore: return false;
     }
     return false;
@@ -223,18 +235,29 @@ void Browser::DocumentCame(const DocumentEnd& end)
             Finish(LoadEnd::Failed);
         return;
     }
-    if (!IsWebAddress(end.address))
+    if (!IsWebAddress(end.address) || end.kind == DocumentEnd::Kind::Finished)
         return;
     answerLimit_.Stop();
     if (end.kind == DocumentEnd::Kind::Answered)
         followed_ = end.address;
     if (end.kind == DocumentEnd::Kind::ForbidsFrames) // the engine has put an empty page there
         CallAfter([this] { native_->Back(); });
-    Say(SentenceOf(end, IsForAnotherBrowser(end) && OpenOutside(end.address)));
+    const bool opens = IsForAnotherBrowser(end) && gate_.Opens(OutsideGate::Clock::now());
+    CallAfter(
+        [this, end, opens] { settings_.say(SentenceOf(end, opens && settings_.openOutside(end.address))); });
+}
+
+// At links of these kinds the engine does and says nothing.
+void Browser::Clicked(const std::string& link)
+{
+    const bool isElsewhere = followed_.empty() && !IsOwnAddress(link) && !MayLeave(link);
+    if (isElsewhere || HasBarredPort(link))
+        Say(SentenceOf({DocumentEnd::Kind::NoWebAddress, {}}, false));
 }
 
 void Browser::Do(NativeWebView::Command command, const std::string& link)
 {
+    Say({});
     switch (command) {
     case NativeWebView::Command::Back: native_->Back(); break;
     case NativeWebView::Command::Forward: native_->Forward(); break;
@@ -250,18 +273,20 @@ void Browser::Do(NativeWebView::Command command, const std::string& link)
     }
 }
 
-bool Browser::OpenOutside(const std::string& address)
+void Browser::OpenOutside(const std::string& address)
 {
     if (!gate_.Opens(OutsideGate::Clock::now()))
-        return false;
-    CallAfter([this, address] { settings_.openOutside(address); });
-    return true;
+        return;
+    CallAfter([this, address] {
+        if (!settings_.openOutside(address))
+            settings_.say(IsWebAddress(address) ? "Your browser could not be started."
+                                                : "Your mail program could not be started.");
+    });
 }
 
 void Browser::Say(const std::string& sentence)
 {
-    if (!sentence.empty())
-        CallAfter([this, sentence] { settings_.say(sentence); });
+    CallAfter([this, sentence] { settings_.say(sentence); });
 }
 
 } // namespace vantro

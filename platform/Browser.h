@@ -16,13 +16,16 @@ class wxWindow;
 
 namespace vantro {
 
-// Opens an address in the user's default browser, a mail address in the mail program.
-void OpenInDefaultProgram(const std::string& address);
+// Opens an address in the user's default browser, a mail address in the mail program. False when none could
+// be started.
+[[nodiscard]] bool OpenInDefaultProgram(const std::string& address);
 
 struct BrowserSettings {
+    // Is told, from the event loop, what is to be said of the page shown; "" when what was said last no
+    // longer holds.
     std::function<void(const std::string& sentence)> say = [](const std::string&) {};
     std::chrono::milliseconds loadLimit = std::chrono::seconds(30); // also until a followed link answers
-    std::function<void(const std::string& address)> openOutside = OpenInDefaultProgram;
+    std::function<bool(const std::string& address)> openOutside = OpenInDefaultProgram;
 };
 
 // The embedded browser control. Pages cannot open windows, start downloads or read local files, and go
@@ -62,7 +65,8 @@ private:
     [[nodiscard]] std::optional<PagePart> Part(const std::string& address) const;
     void DocumentCame(const DocumentEnd& end);
     void Do(NativeWebView::Command command, const std::string& link);
-    bool OpenOutside(const std::string& address);
+    void Clicked(const std::string& link);
+    void OpenOutside(const std::string& address);
     void Say(const std::string& sentence);
 
     std::function<void()> lost_;

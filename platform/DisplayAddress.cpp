@@ -96,13 +96,4 @@ bool MayLeave(std::string_view address)
     return IsWebAddress(address) || HasScheme(address, "mailto");
 }
 
-std::string HostOf(std::string_view address)
-{
-    std::string_view host = CutAfterHost(address).authority;
-    host.remove_prefix(host.rfind('@') + 1); // npos + 1 is 0
-    if (const std::size_t port = host.rfind(':'); port != std::string_view::npos && !host.ends_with(']'))
-        host = host.substr(0, port);
-    return std::string(host);
-}
-
 } // namespace vantro

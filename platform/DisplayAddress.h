@@ -40,7 +40,5 @@ private:
 [[nodiscard]] bool IsWebAddress(std::string_view address);
 // http, https and mailto are the only addresses that are handed to other programs.
 [[nodiscard]] bool MayLeave(std::string_view address);
-// The host that a user reads in an address, without port and login name.
-[[nodiscard]] std::string HostOf(std::string_view address);
 
 } // namespace vantro

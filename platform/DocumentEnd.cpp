@@ -1,6 +1,6 @@
 #include "platform/DocumentEnd.h"
 
-#include "platform/DisplayAddress.h"
+#include "platform/WebAddress.h"
 
 namespace vantro {
 
@@ -37,6 +37,9 @@ std::string SentenceOf(const DocumentEnd& end, bool opened)
     case DocumentEnd::Kind::ForbidsFrames:
         return host + " does not let its page be shown here." + Remedy(opened);
     case DocumentEnd::Kind::Late: return host + " has not answered for 30 seconds.";
+    case DocumentEnd::Kind::NoWebAddress:
+        return (host.empty() ? "This link leads" : host + " sends this link on")
+            + " to what is no page of the web.";
     }
     return {};
 }

@@ -5,7 +5,7 @@
 
 namespace vantro {
 
-// What became of a document that a frame went to.
+// What became of a document that a frame went to or should have gone to.
 struct DocumentEnd {
     enum class Kind : std::uint8_t {
         Answered, // it begins to come
@@ -16,10 +16,11 @@ struct DocumentEnd {
         NothingToShow, // the server has answered so
         NotAPage, // a file that the engine does not display
         ForbidsFrames,
-        Late // still no answer
+        Late, // still no answer
+        NoWebAddress // where the link leads, or where `address` has sent it on to, is not on the web
     };
     Kind kind = Kind::Unreachable;
-    std::string address;
+    std::string address; // on the web; may be empty for NoWebAddress
     unsigned status = 0; // of HTTP, when it was answered
     std::string reason = {}; // the engine's words, when it was unreachable
 };

@@ -37,6 +37,7 @@ public:
         std::function<void(const std::string& address)> failed;
         std::function<void(const DocumentEnd&)> document; // of the newest navigation that was allowed
         std::function<void()> pressed; // the user pressed a mouse button or a key on a page
+        std::function<void(const std::string& link)> clicked; // with the first button, wherever it leads
         // The user asks for it; `link` is what the context menu was opened on, often nothing.
         std::function<void(Command, const std::string& link)> command;
         std::function<void()> processLost; // the process that draws the pages died

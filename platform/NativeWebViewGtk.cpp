@@ -1,5 +1,6 @@
 #include "platform/NativeWebView.h"
 
+#include "platform/DocumentWatchGtk.h"
 #include "platform/NativeEngineGtk.h"
 #include "platform/NativeMenuGtk.h"
 #include "platform/NativeZoomGtk.h"
@@ -16,8 +17,6 @@ constexpr const char* kBlankPage = "about:blank"; // the one page that the engin
 constexpr guint kMiddleButton = 2;
 constexpr guint kBackButton = 8;
 constexpr guint kForwardButton = 9;
-constexpr unsigned kNoContent = 204;
-constexpr unsigned kResetContent = 205;
 
 // The text as a JavaScript literal.
 std::string Quoted(std::string_view text)
@@ -40,7 +39,8 @@ Navigation NavigationOf(WebKitNavigationAction* action, bool newWindow)
     return {webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)),
         webkit_navigation_action_is_user_gesture(action) != FALSE,
         webkit_navigation_action_is_redirect(action) != FALSE, newWindow, aside,
-        webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_BACK_FORWARD};
+        webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_BACK_FORWARD,
+        webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED};
 }
 
 } // namespace
@@ -53,7 +53,8 @@ struct NativeWebView::Implementation {
               return *from != nullptr ? (*from)->events.serve(address) : std::nullopt;
           })),
           view(WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(engine))),
-          window(new wxNativeWindow(parent, wxID_ANY, GTK_WIDGET(view)))
+          window(new wxNativeWindow(parent, wxID_ANY, GTK_WIDGET(view))),
+          watch(view, [this](const DocumentEnd& end) { events.document(end); })
     {
         window->SetName("web");
         Restrict(webkit_web_view_get_settings(view));
@@ -67,7 +68,6 @@ struct NativeWebView::Implementation {
     ~Implementation()
     {
         *serve = nullptr;
-        Unwatch();
         g_signal_handlers_disconnect_by_data(engine, this);
         g_object_unref(engine);
         if (view == nullptr)
@@ -93,12 +93,11 @@ struct NativeWebView::Implementation {
         Connect("decide-policy", G_CALLBACK(OnDecidePolicy));
         Connect("load-changed", G_CALLBACK(OnLoadChanged));
         Connect("load-failed", G_CALLBACK(OnLoadFailed));
-        Connect("resource-load-started", G_CALLBACK(OnResource));
         g_signal_connect(engine, "download-started",
             G_CALLBACK(+[](WebKitWebContext*, WebKitDownload* download, Implementation* self) {
                 const std::string address = webkit_uri_request_get_uri(webkit_download_get_request(download));
                 webkit_download_cancel(download);
-                self->Report({DocumentEnd::Kind::NotAPage, address});
+                self->events.document({DocumentEnd::Kind::NotAPage, address});
             }),
             this);
         Connect("web-process-terminated",
@@ -123,6 +122,17 @@ struct NativeWebView::Implementation {
                 }
                 self->events.command(event->button == kBackButton ? Command::Back : Command::Forward, {});
                 return TRUE;
+            }));
+        Connect("mouse-target-changed",
+            G_CALLBACK(+[](WebKitWebView*, WebKitHitTestResult* under, guint, Implementation* self) {
+                const char* link = webkit_hit_test_result_get_link_uri(under);
+                self->pointedAt = link != nullptr ? link : "";
+            }));
+        Connect("button-release-event",
+            G_CALLBACK(+[](GtkWidget*, GdkEventButton* event, Implementation* self) -> gboolean {
+                if (event->button == GDK_BUTTON_PRIMARY && !self->pointedAt.empty())
+                    self->events.clicked(self->pointedAt);
+                return FALSE;
             }));
         Connect("key-press-event",
             G_CALLBACK(+[](GtkWidget*, GdkEventKey* event, Implementation* self) -> gboolean {
@@ -154,7 +164,7 @@ struct NativeWebView::Implementation {
                 +[](WebKitWebView*, WebKitAuthenticationRequest* request, Implementation* self) -> gboolean {
                     if (self->silent == FALSE)
                         return FALSE;
-                    self->passwordWanted = true;
+                    self->watch.PasswordWanted();
                     webkit_authentication_request_cancel(request);
                     return TRUE;
                 }));
@@ -177,36 +187,26 @@ struct NativeWebView::Implementation {
         WebKitPolicyDecisionType type, Implementation* self)
     {
         if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
-            return self->OnResponse(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+            return self->OnResponse(decision);
         WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(
             WEBKIT_NAVIGATION_POLICY_DECISION(decision));
         const Navigation navigation
             = NavigationOf(action, type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION);
         if (!self->events.allow(navigation)) {
+            if (navigation.redirect)
+                self->watch.GiveUp(); // the engine gives up what was sent on
             webkit_policy_decision_ignore(decision);
             return TRUE;
         }
-        self->expected = navigation.address;
-        if (!navigation.redirect)
-            self->Unwatch();
+        self->watch.Expect(navigation.address, navigation.redirect);
         return FALSE;
     }
 
-    gboolean OnResponse(WebKitResponsePolicyDecision* decision)
+    gboolean OnResponse(WebKitPolicyDecision* decision)
     {
-        WebKitURIResponse* response = webkit_response_policy_decision_get_response(decision);
-        const std::string address = webkit_uri_response_get_uri(response);
-        const unsigned status = webkit_uri_response_get_status_code(response);
-        DocumentEnd::Kind kind = DocumentEnd::Kind::Answered;
-        if (status == kNoContent || status == kResetContent)
-            kind = DocumentEnd::Kind::NothingToShow;
-        else if (webkit_response_policy_decision_is_mime_type_supported(decision) == FALSE)
-            kind = DocumentEnd::Kind::NotAPage; // the engine would download it
-        answered = true;
-        Report({kind, address, status});
-        if (kind == DocumentEnd::Kind::Answered)
+        if (watch.Answered(WEBKIT_RESPONSE_POLICY_DECISION(decision)))
             return FALSE;
-        webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
+        webkit_policy_decision_ignore(decision);
         return TRUE;
     }
 
@@ -225,59 +225,6 @@ struct NativeWebView::Implementation {
         if (!g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
             self->events.failed(address);
         return FALSE;
-    }
-
-    // The engine tells nothing else about the documents of frames.
-    static void OnResource(
-        WebKitWebView* /*view*/, WebKitWebResource* resource, WebKitURIRequest* request, Implementation* self)
-    {
-        if (self->watched != nullptr || self->expected != webkit_uri_request_get_uri(request))
-            return;
-        self->watched = WEBKIT_WEB_RESOURCE(g_object_ref(resource));
-        self->answered = self->passwordWanted = false;
-        const auto connect = [&](const char* signal, GCallback handler) {
-            g_signal_connect(resource, signal, handler, self);
-        };
-        connect("finished", G_CALLBACK(+[](WebKitWebResource*, Implementation* to) {
-            to->ReportWatched(DocumentEnd::Kind::Finished);
-        }));
-        connect("failed-with-tls-errors",
-            G_CALLBACK(+[](WebKitWebResource*, GTlsCertificate*, GTlsCertificateFlags, Implementation* to) {
-                to->ReportWatched(DocumentEnd::Kind::BadCertificate);
-            }));
-        connect("failed", G_CALLBACK(+[](WebKitWebResource*, GError* error, Implementation* to) {
-            to->OnDocumentFailed(*error);
-        }));
-    }
-
-    void OnDocumentFailed(const GError& error)
-    {
-        const bool cancelled = g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
-        if (answered || error.domain == WEBKIT_POLICY_ERROR)
-            Unwatch(); // told before, or it broke off in the middle
-        else if (passwordWanted)
-            ReportWatched(DocumentEnd::Kind::WantsPassword);
-        else if (cancelled) // by nobody here: the engine does so when the answer forbids frames
-            ReportWatched(DocumentEnd::Kind::ForbidsFrames);
-        else
-            ReportWatched(DocumentEnd::Kind::Unreachable, error.message);
-    }
-
-    void ReportWatched(DocumentEnd::Kind kind, const char* reason = "")
-    {
-        const std::string address = webkit_web_resource_get_uri(watched);
-        Unwatch();
-        Report({kind, address, 0, reason});
-    }
-
-    void Report(const DocumentEnd& end) const { events.document(end); }
-
-    void Unwatch()
-    {
-        if (watched == nullptr)
-            return;
-        g_signal_handlers_disconnect_by_data(watched, this);
-        g_object_unref(std::exchange(watched, nullptr));
     }
 
     // A page with frames stays the document of the view, whatever is followed in it.
@@ -300,11 +247,9 @@ struct NativeWebView::Implementation {
     WebKitWebContext* engine;
     WebKitWebView* view; // becomes null when the window library destroys it
     wxWindow* window;
+    DocumentWatch watch;
     std::string page; // loaded last
-    std::string expected; // the newest navigation that was allowed
-    WebKitWebResource* watched = nullptr; // the document it led to
-    bool answered = false;
-    bool passwordWanted = false;
+    std::string pointedAt; // the link under the mouse
     gboolean silent = FALSE;
 };
 
@@ -336,7 +281,7 @@ void NativeWebView::Load(const std::string& address)
 
 void NativeWebView::Stop()
 {
-    implementation_->Unwatch();
+    implementation_->watch.GiveUp();
     webkit_web_view_stop_loading(implementation_->view);
 }
 

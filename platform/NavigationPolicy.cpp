@@ -1,5 +1,7 @@
 #include "platform/NavigationPolicy.h"
 
+#include "platform/WebAddress.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -51,14 +53,19 @@ NavigationPolicy::Decision NavigationPolicy::Decide(const Navigation& navigation
     if (stays && (IsAwaited(navigation.address) || IsOfThePage(navigation)))
         return {Verdict::Allow};
     const bool isOwn = IsOwnAddress(navigation.address);
-    if (isOwn && (!navigation.byUser || navigation.redirect))
+    if (isOwn && navigation.redirect)
+        return {Verdict::Refuse};
+    if (isOwn && !navigation.byUser)
         return {};
     const std::string address = isOwn ? addresses_.WebAddressOf(navigation.address) : navigation.address;
     if (stays && IsWebAddress(address) && (navigation.byUser || navigation.redirect || navigation.history))
-        return isOwn ? Decision{Verdict::Follow, address} : Decision{Verdict::Allow};
+        return !isOwn                ? Decision{Verdict::Allow}
+            : HasBarredPort(address) ? Decision{Verdict::Refuse}
+                                     : Decision{Verdict::Follow, address};
     if (navigation.byUser && MayLeave(address))
         return {Verdict::OpenOutside, address};
-    return {};
+    return {
+        navigation.redirect || (navigation.byUser && navigation.link) ? Verdict::Refuse : Verdict::Ignore};
 }
 
 } // namespace vantro

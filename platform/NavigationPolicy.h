@@ -16,6 +16,7 @@ struct Navigation {
     bool newWindow = false; // the target names no frame of the page
     bool aside = false; // a click of the middle button, or with Ctrl or Shift
     bool history = false; // back or forward
+    bool link = false; // a link was clicked
 };
 
 // Decides where pages may go: elsewhere only when the program sends them or the user clicks a link. The
@@ -25,6 +26,7 @@ public:
     enum class Verdict {
         Allow,
         Ignore,
+        Refuse, // what the user clicked leads nowhere, which is to be said
         Follow, // not there: the bottom frame is to go to `address`
         OpenOutside // not there: `address` is for another program
     };

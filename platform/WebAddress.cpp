@@ -1,6 +1,7 @@
 #include "platform/WebAddress.h"
 
 #include <algorithm>
+#include <array>
 #include <curl/curl.h>
 #include <memory>
 
@@ -8,6 +9,12 @@ namespace vantro {
 namespace {
 constexpr unsigned kEncode = CURLU_ALLOW_SPACE | CURLU_URLENCODE;
 constexpr std::size_t kLongestRedirect = 8UL * 1024;
+
+constexpr auto kBarredPorts = std::to_array<int>({0, 1, 7, 9, 11, 13, 15, 17, 19, 20, 21, 22, 23, 25, 37, 42,
+    43, 53, 69, 77, 79, 87, 95, 101, 102, 103, 104, 109, 110, 111, 113, 115, 117, 119, 123, 135, 137, 139,
+    143, 161, 179, 389, 427, 465, 512, 513, 514, 515, 526, 530, 531, 532, 540, 548, 554, 556, 563, 587, 601,
+    636, 989, 990, 993, 995, 1719, 1720, 1723, 2049, 3659, 4045, 4190, 5060, 5061, 6000, 6566, 6665, 6666,
+    6667, 6668, 6669, 6679, 6697, 10080});
 
 using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
@@ -47,6 +54,15 @@ std::string HostOf(const std::string& address)
 {
     const Url url(curl_url(), curl_url_cleanup);
     return SetUrl(url.get(), address, kEncode) == CURLUE_OK ? Part(url.get(), CURLUPART_HOST) : "";
+}
+
+bool HasBarredPort(const std::string& address)
+{
+    const Url url(curl_url(), curl_url_cleanup);
+    if (SetUrl(url.get(), address, kEncode) != CURLUE_OK)
+        return false;
+    const std::string port = Part(url.get(), CURLUPART_PORT);
+    return !port.empty() && std::ranges::binary_search(kBarredPorts, std::stoi(port));
 }
 
 std::string OriginOf(const std::string& address)

@@ -21,6 +21,10 @@ struct ReadRefused {
 // The host that `address` names, or "" when it is no address.
 [[nodiscard]] std::string HostOf(const std::string& address);
 
+// Whether `address` names a port that browsers open nothing at, because other services than the web's listen
+// there (https://fetch.spec.whatwg.org/#port-blocking). False when it is no address.
+[[nodiscard]] bool HasBarredPort(const std::string& address);
+
 // The server that `address` names, such as "http://a.example:8080/", without user, path and query; "" when
 // it is no address.
 [[nodiscard]] std::string OriginOf(const std::string& address);

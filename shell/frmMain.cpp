@@ -60,7 +60,7 @@ frmMain::frmMain(Runtime& runtime)
             [this](int index, const std::string& text) {
                 messages_.Show({"download " + std::to_string(index), std::string(ProductName), text});
             },
-            [this](const std::string& text) { ShowCountdown(text); }});
+            [this](const std::string& text) { SayMine(countdown_, text); }});
     BindEvents();
 }
 
@@ -169,7 +169,7 @@ void frmMain::LoadPages()
         return;
     web_ = std::make_unique<Browser>(
         webPlace_, [this] { display_->BrowserLost(); },
-        BrowserSettings{.say = [this](const std::string& sentence) { Say(sentence); }});
+        BrowserSettings{.say = [this](const std::string& sentence) { SayMine(ofThePage_, sentence); }});
     webPlace_->GetSizer()->Add(web_->Window(), 1, wxEXPAND);
     webPlace_->Layout();
     display_ = std::make_unique<PageDisplay>(*web_, Services(), runtime_.folder.Path());
@@ -249,13 +249,13 @@ void frmMain::Say(const std::string& text)
     GetStatusBar()->SetStatusText(wxString::FromUTF8(OneLine(text, kLongestMessage)));
 }
 
-void frmMain::ShowCountdown(const std::string& text)
+void frmMain::SayMine(wxString& mine, const std::string& text)
 {
     if (!text.empty())
         Say(text);
-    else if (!countdown_.empty() && GetStatusBar()->GetStatusText() == countdown_)
+    else if (!mine.empty() && GetStatusBar()->GetStatusText() == mine)
         Say({});
-    countdown_ = text.empty() ? wxString() : GetStatusBar()->GetStatusText();
+    mine = text.empty() ? wxString() : GetStatusBar()->GetStatusText();
 }
 
 FeedServices frmMain::Services()

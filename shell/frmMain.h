@@ -79,7 +79,8 @@ private:
     void ShowPage(const SiteModule& module, const std::string& nodeKey);
 
     void Say(const std::string& text);
-    void ShowCountdown(const std::string& text);
+    // Says `text`, which is `mine`, or takes it back when it is empty and nothing else has been said since.
+    void SayMine(wxString& mine, const std::string& text);
     [[nodiscard]] FeedServices Services();
 
     Runtime& runtime_;
@@ -101,6 +102,7 @@ private:
     std::unique_ptr<Browser> web_; // from LoadPages() on
     std::unique_ptr<PageDisplay> display_; // goes before the browser it uses
     wxString countdown_; // as it was shown last
+    wxString ofThePage_; // what was said of the page shown
     bool unloaded_ = false;
 };
 

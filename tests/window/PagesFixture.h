@@ -33,8 +33,11 @@ protected:
         frame_ = new wxFrame(nullptr, wxID_ANY, "Pages", wxPoint(100, 100), wxSize(900, 600));
         browser_ = std::make_unique<Browser>(
             frame_, [this] { display_->BrowserLost(); },
-            BrowserSettings{[this](const std::string& sentence) { said_.push_back(sentence); }, loadLimit,
-                [this](const std::string& address) { outside_.push_back(address); }});
+            BrowserSettings{[this](const std::string& sentence) { pageSays_ = sentence; }, loadLimit,
+                [this](const std::string& address) {
+                    outside_.push_back(address);
+                    return outsideStarts_;
+                }});
         browser_->SetSilent(true);
         frame_->SetSizer(new wxBoxSizer(wxVERTICAL));
         frame_->GetSizer()->Add(browser_->Window(), 1, wxEXPAND);
@@ -121,6 +124,8 @@ protected:
     WebKitWebView* engine_ = nullptr;
     Titles went_; // where pages and frames were let go, since the last Begin()
     Titles outside_;
+    bool outsideStarts_ = true;
+    std::string pageSays_; // of the page shown
     int begun_ = 0;
     bool shown_ = false; // the one begun last
     HttpServer server_;
