@@ -54,6 +54,12 @@ TEST(Templates, BeginWithAPolicyThatRunsTheirOwnScriptOnly)
             } else
                 EXPECT_EQ(page, "");
             EXPECT_EQ(ReplaceAll(page, "\r\n", "").find_first_of("\r\n"), std::string::npos);
+            static const std::regex fixedLines(R"re((line-height: ?|px/)\d+px)re");
+            EXPECT_FALSE(std::regex_search(page, fixedLines)) << "large letters would overlap";
+            const bool holdsFeedText = page.find("[TITLE]") + 1 + page.find("[DESCRIPTION]") + 1 != 0;
+            static const std::regex hidden(
+                R"re(embed,( object,)? iframe, video, audio\)? \{ display: none !important; \})re");
+            EXPECT_EQ(std::regex_search(page, hidden), holdsFeedText) << "boxes of what cannot show";
             pages += page.empty() ? 0 : 1;
         }
     }
