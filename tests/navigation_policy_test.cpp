@@ -1,0 +1,69 @@
+#include "platform/NavigationPolicy.h"
+#include "platform/OutsideGate.h"
+
+#include <gtest/gtest.h>
+
+namespace vantro {
+
+using Verdict = NavigationPolicy::Verdict;
+
+const std::string kFrames = "vantro-page://7/frames.htm", kMain = "vantro-page://7/main.htm",
+                  kStory = "vantro-page://story-7.vantro-page/x/y.html";
+
+TEST(NavigationPolicy, LetsEachPartOfThePageInOnceAndInItsTime)
+{
+    NavigationPolicy policy;
+    const auto allows = [&policy](const std::string& address, bool history = false) {
+        return policy.Decide({.address = address, .history = history}).verdict == Verdict::Allow;
+    };
+    policy.PageBegins(kFrames, {"vantro-page://7/title.htm", kMain});
+    EXPECT_TRUE(allows(kFrames) && !allows(kFrames));
+    policy.FrameBegins(kStory);
+    EXPECT_TRUE(!allows(kMain) && allows(kStory) && !allows(kStory)) << "too late; once";
+    policy.FrameBegins(kMain);
+    policy.PageEnds();
+    EXPECT_TRUE(!allows(kMain) && allows(kStory, true));
+    policy.PageBegins("vantro-page://8/frames.htm");
+    EXPECT_FALSE(allows(kStory, true)) << "that of another display";
+}
+
+TEST(NavigationPolicy, LetsNothingElseMoveThatTheUserDidNotClick)
+{
+    NavigationPolicy policy;
+    policy.PageBegins(kFrames, {}, DisplayAddress(7, "http://a.example/x/y.html"));
+    policy.FrameBegins(kStory);
+    policy.PageEnds();
+    const std::string web = "http://b.example/", relative = "vantro-page://story-7.vantro-page/e";
+    const std::tuple<Navigation, Verdict, std::string> cases[] = {
+        {{.address = kStory + "#z", .byUser = true}, Verdict::Allow, ""},
+        {{.address = kStory + "#z"}, Verdict::Ignore, ""},
+        {{.address = kFrames + "#z", .byUser = true}, Verdict::Ignore, ""},
+        {{.address = kFrames, .history = true}, Verdict::Allow, ""},
+        {{.address = relative, .byUser = true}, Verdict::Follow, "http://a.example/e"},
+        {{.address = relative, .byUser = true, .redirect = true}, Verdict::Ignore, ""},
+        {{.address = relative, .byUser = true, .aside = true}, Verdict::OpenOutside, "http://a.example/e"},
+        {{.address = web, .redirect = true}, Verdict::Allow, ""},
+        {{.address = web}, Verdict::Ignore, ""},
+        {{.address = web, .byUser = true, .newWindow = true}, Verdict::OpenOutside, web},
+        {{.address = web, .newWindow = true}, Verdict::Ignore, ""},
+        {{.address = "file:///etc/hosts", .byUser = true}, Verdict::Ignore, ""},
+    };
+    for (const auto& [navigation, verdict, address] : cases) {
+        const NavigationPolicy::Decision decision = policy.Decide(navigation);
+        EXPECT_TRUE(decision.verdict == verdict && decision.address == address)
+            << navigation.address << " " << navigation.byUser << decision.address;
+    }
+}
+
+TEST(OutsideGate, OpensOnceForEachPressAndNotTooSoonAfter)
+{
+    OutsideGate gate;
+    const auto start = OutsideGate::Clock::now(), next = start + OutsideGate::kBetween;
+    EXPECT_FALSE(gate.Opens(start));
+    gate.Pressed();
+    EXPECT_TRUE(gate.Opens(start) && !gate.Opens(next)) << "the press was used";
+    gate.Pressed();
+    EXPECT_TRUE(!gate.Opens(next - std::chrono::milliseconds(1)) && gate.Opens(next));
+}
+
+} // namespace vantro
