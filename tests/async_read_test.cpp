@@ -1,4 +1,5 @@
 #include "platform/AsyncRead.h"
+#include "platform/ReadQueues.h"
 
 #include "tests/support/HttpServer.h"
 #include "tests/support/TestPump.h"
@@ -108,24 +109,34 @@ TEST_F(AsyncReadTest, AsksForAFreshUncompressedFileAndReportsEveryStepInOrder)
 
 TEST_F(AsyncReadTest, EndsEveryAnswerWithItsContentOrASentence)
 {
-    const std::string ok = "HTTP/1.1 200 OK\r\n", loop = HttpText("302 ", "", "Location: /loop\r\n");
+    const std::string ok = "HTTP/1.1 200 OK\r\n", wide = "X: " + std::string(60 << 10, 'x') + "\r\n",
+                      loop = HttpText("302 ", "", wide + "Location: /loop\r\n");
+    const std::string chunked = "Transfer-Encoding: chunked\r\n\r\n1\r\nx\r\n0\r\n\r\n";
+    const std::string endless = "The header of the server's answer is too long\n", full(limits.size, 'x');
     server.Serve("/loop", loop);
     const std::tuple<std::string, Then, std::string> cases[] = {
         {ok + "\r\nuntil the end", Then::Close, "4 \n6 13 of \ncomplete until the end\n"},
         {ok + "Content-Length: 5\r\n\r\nshorter announced", Then::Stall, "4 5\n6 5 of 5\ncomplete short\n"},
-        {"HTTP/1.1 100 Continue\r\nLocation: /no\r\n\r\n" + ok + "\r\nx", Then::Close,
+        {"HTTP/1.1 100 Continue\r\nLocation: /no\r\n\r\n" + ok + chunked, Then::Stall,
             "6 1 of \ncomplete x\n"},
-        {ok + "Transfer-Encoding: chunked\r\n\r\n1\r\nx\r\n0\r\n\r\n", Then::Stall, "6 1 of \ncomplete x\n"},
+        {"HTTP/1.1 410 " + full.substr(0, 300) + "\r\n\r\n", Then::Close,
+            "0 410 " + full.substr(0, 200) + "\n"},
         {"HTTP/1.1 404 Gone \xE9\x1B\r\nContent-Length: 9\r\n\r\n", Then::Stall, "0 404 Gone ??\n"},
         {ok + "Content-Length: 9\r\n\r\nshort", Then::Close, "off before the whole file had arrived\n"},
         {ok + "Conte", Then::Close, "0 The connection broke off in the middle of the answer\n"},
         {"", Then::Stall, "0 The server sent almost nothing for 2 seconds\n"},
         {ok + "\r\n", Then::Drip, "0 The server sent almost nothing for 2 seconds\n"},
+        {ok + "Content-Length: 2097153\r\n\r\n", Then::Stall,
+            "\n0 The file is larger than the 2 MiB allowed\n"},
+        {ok + "Content-Length: 2097152\r\n\r\n" + full, Then::Stall,
+            "of 2097152\ncomplete " + full.substr(0, 20) + "\n"},
         {ok + "\r\n", Then::Flood, "0 The file is larger than the 2 MiB allowed\n"},
         {"", Then::Close, "0 127.0.0.1 closed the connection without an answer\n"},
         {"SSH-2.0\r\n", Then::Close, "0 The answer of 127.0.0.1 is not HTTP\n"},
-        {ok + "X: " + std::string(200 << 10, 'x'), Then::Stall,
-            "0 The header of the server's answer is too long\n"},
+        {ok + "X: " + std::string(200 << 10, 'x'), Then::Stall, "0 " + endless},
+        {ok + wide + wide + wide + wide + wide, Then::Stall, "0 " + endless},
+        {HttpText("302 ", "", "Location: http://a/" + std::string(8200, 'x') + "\r\n"), Then::Close,
+            "0 The server redirected to a malformed address\n"},
         {HttpText("302 ", "", "Location: ftp://a/" + std::string(7000, 'x') + "\r\n"), Then::Close,
             std::string(192, 'x') + "..., which is neither http nor https\n"},
         {loop, Then::Close, "0 Redirected more than 10 times\n"},
@@ -154,7 +165,6 @@ TEST_F(AsyncReadTest, DecodesWhatComesCodedUnaskedAndCountsWhatItHolds)
           "\xd4\x41\x8dt\x96\x83\xbb \x03\x83\x03\x03\0Yd\x14[\x02\x10\0\0"s;
     const std::tuple<std::string, std::string, std::string> cases[] = {
         {"gzip", gzip, "4 \n6 5 of \ncomplete hello\n"},
-        {"identity", "hello", "4 5\n6 5 of 5\ncomplete hello\n"},
         {"gzip, gzip", bomb, "0 The file is larger than the 2 MiB allowed\n"},
         {"gzip", "hello", "0 The server sent the file in a coding that cannot be read: gzip\n"},
         {"compress", "hello", "0 The server sent the file in a coding that cannot be read: compress\n"},
@@ -192,6 +202,19 @@ TEST_F(AsyncReadTest, EveryEndIsAnEventOfItsOwnEvenInsideAnother)
         client.atEnd = [&] { over() == 2 ? awaitEvent(1) : void(); };
     for (const int ends : {1, 2, 1, 1})
         awaitEvent(ends);
+}
+
+TEST(NoteQueue, ReplacesOnlyTheLatestNoteOfATransferAndOnlyProgress)
+{
+    NoteQueue notes([] {});
+    constexpr auto kData = ReadStatusCode::DataArriving;
+    for (const auto& [ticket, code, bytes] : {std::tuple{1U, kData, 1}, {2U, kData, 2}, {1U, kData, 3},
+             {1U, ReadStatusCode::MimeTypeKnown, 0}, {1U, kData, 4}, {1U, kData, 5}})
+        notes.Post({ticket, false, {.StatusCode = code, .BytesRead = bytes}}, false);
+    std::string left;
+    while (const auto note = notes.Take())
+        left += std::to_string(note->ticket) + ":" + std::to_string(note->property.BytesRead) + " ";
+    EXPECT_EQ(left, "1:3 2:2 1:0 1:5 ");
 }
 
 TEST_F(AsyncReadTest, AsksForTheProxiesOfEveryHopAndTriesThemInOrder)
