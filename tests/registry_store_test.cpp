@@ -2,13 +2,34 @@
 #include "platform/SqliteStatement.h"
 #include "tests/support/FeedFixture.h"
 
+#include <fcntl.h>
 #include <sys/fsuid.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <fstream>
 #include <functional>
 #include <set>
+
+// What the system is asked for. One rename can be made to fail.
+static int syncs = 0;
+static std::string lastRenamed;
+static int renamesUntilFailure = -1;
+
+extern "C" int fdatasync(int file)
+{
+    ++syncs;
+    return static_cast<int>(syscall(SYS_fdatasync, file));
+}
+
+extern "C" int rename(const char* from, const char* to) noexcept
+{
+    if (renamesUntilFailure-- == 0)
+        return errno = EACCES, -1;
+    lastRenamed = from;
+    return renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
 
 namespace vantro {
 
@@ -59,7 +80,12 @@ struct RegistryStoreTest : testing::Test {
 TEST_F(RegistryStoreTest, TheNextStartFindsEveryByteThatWasWritten)
 {
     for (const std::string& text : {""s, "zero\0byte"s, "\xff\xfe"s, std::string(64U << 20, 'x')}) {
-        StoreOneItem(text);
+        {
+            RegistryStore store(file_);
+            const auto key = store.CreateKey("R\\1");
+            const int before = syncs;
+            EXPECT_TRUE(store.SetValue(key, "Tag", RegType::Sz, text) && syncs > before) << "durable";
+        }
         RegistryStore store(file_);
         EXPECT_TRUE(store.IsKept() && store.Notice().empty()) << store.Notice();
         EXPECT_TRUE(Get(store, "r\\1", "TAG") == text) << text.size();
@@ -126,7 +152,7 @@ TEST_F(RegistryStoreTest, WhatIsDamagedOrForeignIsSetAsideAndANewStoreBegun)
         {"a cut-off file", [](const fs::path& file) { fs::resize_file(file, 8192); }, damaged},
         {"another column", Alter("ALTER TABLE reg_key ADD COLUMN more"), damaged},
         {"a trigger", Alter("CREATE TRIGGER t INSERT ON reg_key BEGIN SELECT 1; END"), damaged},
-        {"another program's", Alter("PRAGMA application_id=7"), foreign},
+        {"another program's", Alter("PRAGMA application_id=7; PRAGMA user_version=2"), foreign},
         {"nobody's", Alter("PRAGMA application_id=0; DROP TABLE reg_value"), foreign},
     };
     std::set<std::string> names; // all within a second, and yet none may take the name of another
@@ -136,6 +162,8 @@ TEST_F(RegistryStoreTest, WhatIsDamagedOrForeignIsSetAsideAndANewStoreBegun)
         spoil(file_);
         const auto bytes = ReadWholeFile(file_);
         const auto journal = ReadWholeFile(file_.string() + "-wal").value_or("");
+        renamesUntilFailure = 3; // of the file itself, and then its journals are to come back
+        EXPECT_NE(RegistryStore(file_).Notice().find(" and cannot be set aside, so"), std::string::npos);
         RegistryStore store(file_);
         EXPECT_TRUE(store.IsKept() && !store.OpenKey("R"));
         const auto end = store.Notice().find(';');
@@ -143,6 +171,7 @@ TEST_F(RegistryStoreTest, WhatIsDamagedOrForeignIsSetAsideAndANewStoreBegun)
         EXPECT_EQ(store.Notice(), notice + name + "; a new one was begun.");
         EXPECT_TRUE(ReadWholeFile(folder_.Path() / name) == bytes && names.insert(name).second) << name;
         EXPECT_TRUE(ReadWholeFile(folder_.Path() / (name + "-wal")).value_or("") == journal);
+        EXPECT_EQ(lastRenamed, file_) << "a program killed before that would find all in place";
     }
 }
 
