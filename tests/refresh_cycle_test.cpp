@@ -30,10 +30,24 @@ struct RefreshCycleTest : FeedFixture {
     std::string countdown_;
     // "refused:" is no address that can be read, so every download ends in an error while it is begun.
     RefreshCycle cycle_{Services(), {engines_[0], {&engines_[1], &engines_[2], &engines_[3]}},
-        {"refused:", "refused:", "refused:", "refused:", {}}, folder_.Path(), timer_,
+        {"refused:v", "refused:x", "refused:s", "refused:m", {}}, folder_.Path(), timer_,
         {[this](int, const std::string& text) { boxes_.push_back(text); },
             [this](const std::string& text) { countdown_ = text; }}};
 };
+
+TEST_F(RefreshCycleTest, BringsEverySiteTheFeedOfItsOwnHost)
+{
+    const std::pair<const SiteModule*, std::string> sites[] = {{&modVANTRO, "refused:v/vantro/vantro.xml"},
+        {&modXBINS, "refused:x/xbins.xml"}, {&modXBOXSCENE, "refused:s/xbox1data/xbox-scene.xml"},
+        {&modMAXCONSOLE, "refused:m/rss/xboxfeed.rss"}};
+    for (const auto& [module, url] : sites) // as if downloaded
+        folder_.Write(url.substr(url.rfind('/') + 1), "<item><title>" + url + "</title></item>");
+    cycle_.StartFeedDownloads();
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(engines_[i].FileURL(), sites[i].second);
+        EXPECT_EQ(TreeTitles(*sites[i].first), Titles{sites[i].second});
+    }
+}
 
 TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
 {
@@ -55,6 +69,12 @@ TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
     Tick();
     EXPECT_EQ(boxes_.size(), 3U) << "a lowered interval counts from the next tick on";
     EXPECT_EQ(said_, Titles{}) << "where no file came nothing is merged";
+    SetOption("Check Interval Minutes", 3);
+    Tick();
+    cycle_.StartRefreshTimer();
+    EXPECT_EQ(Tick(), "Checking for new items in 3 minutes") << "arming counts anew";
+    cycle_.StopRefreshTimer();
+    EXPECT_TRUE(countdown_.empty() && timer_.interval_ == std::chrono::minutes(0));
 }
 
 TEST_F(RefreshCycleTest, ArmsTheTimerOnlyWhenBothSettingsAskForIt)
