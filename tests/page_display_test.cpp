@@ -1,10 +1,6 @@
 #include "feeds/InformationPages.h"
 #include "feeds/ItemTag.h"
 #include "feeds/PageDisplay.h"
-#include "feeds/modMAXCONSOLE.h"
-#include "feeds/modVANTRO.h"
-#include "feeds/modXBINS.h"
-#include "feeds/modXBOXSCENE.h"
 #include "platform/PageAddress.h"
 #include "tests/support/FeedFixture.h"
 
@@ -15,6 +11,7 @@ namespace vantro {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::literals;
 using LoadEnd = PageBrowser::LoadEnd;
 using Files = std::map<std::string, std::string>;
 
@@ -42,6 +39,12 @@ public:
         ShowBlank(std::move(ended));
         sentTo.back() = page.folder / page.shown;
         shown = page;
+        std::set<std::string_view> written;
+        for (const auto& [name, bytes] : files)
+            written.insert(name);
+        EXPECT_EQ(written, std::set(page.files.begin(), page.files.end()))
+            << "what is not listed stays behind";
+        EXPECT_TRUE(numbers_.insert(page.number).second) << "late loads could be taken for this one's";
     }
     void NavigateFrame(const std::string& address, std::string_view frame) override
     {
@@ -57,6 +60,7 @@ public:
 
 private:
     fs::path folder_;
+    std::set<std::uint64_t> numbers_;
 };
 
 class PageDisplayTest : public FeedFixture {
@@ -68,10 +72,6 @@ protected:
         display_.emplace(browser_, Services(), run_);
     }
 
-    void Receive(const SiteModule& module, const std::string& item)
-    {
-        module.MergeFeed(Services(), folder_.Write("one.xml", "<item>" + item + "</item>"));
-    }
     void Show(const SiteModule& module)
     {
         module.ShowItemPage(*display_, std::string(module.Row().prefix) + "1", [this] { ++shown_; });
@@ -85,17 +85,9 @@ protected:
 
 TEST_F(PageDisplayTest, GoesFromTheBlankPageToTheFilesAndDeletesThemWhenTheyAreLoaded)
 {
-    for (const auto& [module, files] : std::map<const SiteModule*, std::set<std::string>>{
-             {&modXBINS, {"xbins-frames.htm", "xbins-logo.gif", "xbins-main.htm", "xbins-title.htm"}},
-             {&modVANTRO, {"vantro-frames.htm", "vantro-main.htm", "vantro-title.htm", "vantro.jpg"}},
-             {&modMAXCONSOLE,
-                 {"maxconsole-frames.htm", "maxconsole-logo.jpg", "maxconsole-main.htm",
-                     "maxconsole-title.htm"}},
-             {&modXBOXSCENE,
-                 {"xboxscene-bgnd.gif", "xboxscene-frames.htm", "xboxscene-logo.jpg", "xboxscene-main.htm",
-                     "xboxscene-title.htm"}}}) {
+    for (const SiteModule* module : SiteModules()) {
         SCOPED_TRACE(module->Row().identifier);
-        Receive(*module, "<title>A</title>");
+        ReceiveTitles(*module, {"A"});
         Show(*module);
         EXPECT_EQ(UnreadTitles(*module), Titles{"A"}) << "still unread while the blank page loads";
         EXPECT_TRUE(browser_.files.empty());
@@ -105,15 +97,18 @@ TEST_F(PageDisplayTest, GoesFromTheBlankPageToTheFilesAndDeletesThemWhenTheyAreL
         EXPECT_EQ(Stored(*module, 1, "Tag"), "<READ>");
         const auto last = browser_.sentTo.end();
         EXPECT_EQ(Titles(last - 2, last), (Titles{"blank", run_ / module->Row().page->shown}));
-        std::set<std::string> written;
-        for (const auto& [name, bytes] : browser_.files)
-            written.insert(name);
-        EXPECT_EQ(written, files);
         const int before = std::exchange(shown_, 0);
         Answer();
         EXPECT_TRUE(fs::is_empty(run_));
         EXPECT_EQ(std::make_pair(before, shown_), std::make_pair(0, 1));
         shown_ = 0;
+    }
+    for (const auto& [show, shown] : {std::pair{&ShowAboutPage, "vantro.htm"}, {&ShowHelpPage, "help.htm"},
+             {&ShowDonationsPage, "donations.htm"}}) {
+        show(*display_);
+        EXPECT_EQ(browser_.sentTo.back(), run_ / shown);
+        Answer();
+        EXPECT_TRUE(fs::is_empty(run_));
     }
     EXPECT_TRUE(said_.empty());
 }
@@ -122,52 +117,47 @@ TEST_F(PageDisplayTest, FillsTheTemplatesInTheOrderOfTheSteps)
 {
     struct Case {
         const SiteModule& module;
-        int external; // the options that send a link outside
+        const char* on; // the option that sends a link outside
         const char* item;
         const char* file;
         Titles parts;
     };
     for (const Case& c :
-        {Case{modXBINS, 1,
+        {Case{modXBINS, "Xbins External Page",
              "<title>A [NFO "
              "TEXT]</title><link>N</link><homepage>H</homepage><releasedate>2003-07-05</releasedate>",
              "xbins-title.htm",
              {">A N</div>", "href=\"N\" target=\"mainFrame\"", "href=\"H\" target=\"_XbinsExternal1\"",
                  "> Saturday 5 July 2003<", "src=\"vantro-page://{N}/xbins-logo.gif\""}},
-            {modXBINS, 2,
-                "<title>\u20ac caf\u00e9 "
+            {modXBINS, "",
+                "<title>\u20ac \u00e9 "
                 "\u0416</title><link>HTTP://www.Xbins.EXAMPLE/</link><homepage>H</homepage>",
                 "xbins-title.htm",
-                {">\x80 caf\xe9 &#1046;</div>", "<a href=\"\" target=\"mainFrame\" title=\"\"></a>",
+                {">\x80 \xe9 &#1046;</div>", "<a href=\"\" target=\"mainFrame\" title=\"\"></a>",
                     "href=\"H\" target=\"mainFrame\"", "Date:</span> <"}},
-            {modVANTRO, 1,
+            {modVANTRO, "",
                 "<title>[VERSION] [LINK]</title><link>L</link><homepage>H "
                 "%5BLINK%5D</homepage><date>soon</date>",
                 "vantro-title.htm",
                 {">[VERSION] L</div>", "href=\"L\" target=\"mainFrame\"",
                     "href=\"H %5BLINK%5D\" target=\"mainFrame\"", "Your Version: " + VersionLine + "<",
                     "Item Date: soon<"}},
-            {modVANTRO, 0, "<title>B</title><description>vantro.jpg [DATE]</description>", "vantro-main.htm",
-                {"\r\nvantro.jpg [DATE]\r\n"}},
-            {modMAXCONSOLE, 0,
-                "<title>A</title><description><b>[TITLE] [DESCRIPTION] %5BLINK%5D</b></description>",
-                "maxconsole-main.htm", {"<b>[TITLE] [DESCRIPTION] %5BLINK%5D</b>"}},
-            {modMAXCONSOLE, 1, "<title>B</title><link>L</link>", "maxconsole-title.htm",
+            {modMAXCONSOLE, "", "<title>A</title><description><b>[TITLE] [DESCRIPTION]</b></description>",
+                "maxconsole-main.htm", {"<b>[TITLE] [DESCRIPTION]</b>"}},
+            {modMAXCONSOLE, "Max Console External", "<title>B</title><link>L</link>", "maxconsole-title.htm",
                 {"href=\"L\" target=\"_XboxSceneExternal1\""}},
-            {modXBOXSCENE, 1, "<title>A</title><link>L</link>", "xboxscene-title.htm",
+            {modXBOXSCENE, "XboxScene External", "<title>A</title><link>L</link>", "xboxscene-title.htm",
                 {"href=\"L\" target=\"_XboxSceneExternal1\""}},
-            {modXBOXSCENE, 0,
-                "<title>[LINK TEXT]|[LINK TARGET]|%5BLINK%5D xboxscene-logo.jpg</title><link>[TITLE][LINK "
-                "TARGET]</link>",
+            {modXBOXSCENE, "Max Console External",
+                "<title>[LINK TEXT]|[LINK TARGET] xboxscene-logo.jpg</title><link>[TITLE]</link>",
                 "xboxscene-title.htm",
-                {">[TITLE]mainFrame|mainFrame|[TITLE][LINK TARGET] "
-                 "vantro-page://{N}/xboxscene-logo.jpg</div>",
-                    "href=\"[TITLE][LINK TARGET]\" target=\"mainFrame\" title=\"[TITLE]mainFrame\""}},
-            {modXBOXSCENE, 0, "<title>C</title>", "xboxscene-main.htm",
+                {">[TITLE]|mainFrame vantro-page://{N}/xboxscene-logo.jpg</div>",
+                    "href=\"[TITLE]\" target=\"mainFrame\" title=\"[TITLE]\""}},
+            {modXBOXSCENE, "", "<title>C</title>", "xboxscene-main.htm",
                 {"url(\"vantro-page://{N}/xboxscene-bgnd.gif\")"}}}) {
-        for (const char* option : {"Xbins External Page", "Max Console External", "XboxScene External"})
-            SetOption(option, c.external);
-        Receive(c.module, c.item);
+        for (const std::string option : {"Xbins External Page", "Max Console External", "XboxScene External"})
+            SetOption(option, option == c.on ? 1 : 2);
+        Receive(c.module, "<item>"s + c.item + "</item>");
         Show(c.module);
         Answer();
         for (const std::string& part : c.parts)
@@ -188,7 +178,7 @@ TEST_F(PageDisplayTest, SendsTheBottomFrameToTheNfoByItselfWhenToldTo)
              {1, "http://a.example/3.nfo", LoadEnd::Failed, false},
              {1, " \r\n\t", LoadEnd::Complete, false}}) {
         SetOption("Xbins Auto NFO", option);
-        Receive(modXBINS, "<title>" + link + "</title><link>" + link + "</link>");
+        Receive(modXBINS, "<item><title>" + link + "</title><link>" + link + "</link></item>");
         Show(modXBINS);
         Answer();
         Answer(end);

@@ -1,10 +1,6 @@
 #pragma once
 
 #include "feeds/PageDisplay.h"
-#include "feeds/modMAXCONSOLE.h"
-#include "feeds/modVANTRO.h"
-#include "feeds/modXBINS.h"
-#include "feeds/modXBOXSCENE.h"
 #include "platform/Browser.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
@@ -63,10 +59,6 @@ protected:
         return FALSE;
     }
 
-    void Receive(const SiteModule& module, const std::string& feed)
-    {
-        module.MergeFeed(Services(), folder_.Write("received.xml", feed));
-    }
     void Begin(const SiteModule& module, int item = 1)
     {
         went_.clear();
