@@ -1,4 +1,5 @@
 #include "downloader/DownloadEngine.h"
+#include "downloader/PropertyBag.h"
 
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
@@ -96,6 +97,9 @@ TEST_F(DownloadEngineTest, TellsAWholeTransferAndReplacesALongerFile)
 
 TEST_F(DownloadEngineTest, TreatsARedirectAsItsTwoFlagsSay)
 {
+    PropertyBag bag;
+    engine->WriteProperties(bag);
+    EXPECT_EQ(bag.Properties().size(), 1U) << "the folder; the flags have their defaults, however they act";
     server.Serve("/old.xml", HttpText("302 Found", "", "Location: /new.xml?v=2\r\n"));
     server.Serve("/new.xml?v=2", HttpText("200 OK", "new"));
     const std::string target = server.Address("/new.xml?v=2");
@@ -111,7 +115,12 @@ TEST_F(DownloadEngineTest, TreatsARedirectAsItsTwoFlagsSay)
         EXPECT_EQ(FileText(savedAs), content);
         LetOthersFinish();
         EXPECT_EQ(server.Hits("/new.xml?v=2"), hits++) << "a refused redirect sends nothing there";
+        EXPECT_EQ(engine->RedirectFile(), target);
     }
+    engine->SetRenameOnRedirect(true);
+    server.Serve("/plain.xml", HttpText("200 OK", "plain"));
+    Download("/plain.xml");
+    EXPECT_EQ(FileText("plain.xml"), "plain") << "no redirect, no other name";
 }
 
 TEST_F(DownloadEngineTest, AFailureLeavesTheOldFileAndEndsWithErrorAndComplete)
