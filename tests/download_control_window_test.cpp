@@ -5,7 +5,6 @@
 #include "tests/support/HttpServer.h"
 #include "tests/window/WindowTest.h"
 
-#include <gdk/gdk.h>
 #include <wx/frame.h>
 #include <wx/panel.h>
 
@@ -28,13 +27,9 @@ struct DownloadControlTest : testing::Test {
     // How far the control is red, in pixels from the left of its middle row.
     [[nodiscard]] int BarWidth() const
     {
-        const wxPoint at = control->GetScreenPosition();
-        GdkWindow* screen = gdk_get_default_root_window();
-        GdkPixbuf* pixels = gdk_pixbuf_get_from_window(screen, at.x, at.y + 10, 200, 1);
         int width = 0;
-        while (width < 200 && gdk_pixbuf_get_pixels(pixels)[width * gdk_pixbuf_get_n_channels(pixels)] == 255)
+        while (width < 200 && ColourAt(*control, {width, 10}) == std::string("\xFF\0\0", 3))
             ++width;
-        g_object_unref(pixels);
         return width;
     }
     TemporaryFolder folder;

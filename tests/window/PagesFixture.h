@@ -72,31 +72,14 @@ protected:
         Begin(module, item);
         ASSERT_TRUE(PumpUntil([this] { return shown_; }));
     }
-    static void Pump(std::chrono::milliseconds time)
-    {
-        const auto end = std::chrono::steady_clock::now() + time;
-        (void)PumpUntil([end] { return std::chrono::steady_clock::now() > end; });
-    }
+    static void Pump(std::chrono::milliseconds time) { Rest(time); }
     void Click(int x, int y, int button = wxMOUSE_BTN_LEFT, int key = 0)
     {
-        wxUIActionSimulator mouse;
-        mouse.MouseMove(browser_->Window()->ClientToScreen(wxPoint(x, y)));
-        Pump(std::chrono::milliseconds(50));
-        if (key != 0)
-            mouse.KeyDown(key);
-        mouse.MouseClick(button);
-        if (key != 0)
-            mouse.KeyUp(key);
-        Pump(std::chrono::milliseconds(50));
+        test::Click(*browser_->Window(), {x, y}, button, key);
     }
-    // What is on the screen at a place of the browser, as red, green and blue.
     [[nodiscard]] std::string ColourAt(int x, int y) const
     {
-        const wxPoint place = browser_->Window()->ClientToScreen(wxPoint(x, y));
-        GdkPixbuf* pixel = gdk_pixbuf_get_from_window(gdk_get_default_root_window(), place.x, place.y, 1, 1);
-        std::string colour(reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(pixel)), 3);
-        g_object_unref(pixel);
-        return colour;
+        return test::ColourAt(*browser_->Window(), {x, y});
     }
     void ReceiveLink(const SiteModule& module, const std::string& link, const std::string& description = {})
     {

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <functional>
+#include <string>
 #include <wx/toplevel.h>
 #include <wx/uiaction.h>
 
@@ -18,8 +19,11 @@ inline constexpr std::chrono::seconds kPatience{10};
 // Handles events for a while, so that what was done takes effect.
 void Rest(std::chrono::milliseconds time);
 
-// Clicks inside a window as a user would.
-void Click(const wxWindow& window, wxPoint place, int button = wxMOUSE_BTN_LEFT);
+// Clicks inside a window as a user would, perhaps with a key held down.
+void Click(const wxWindow& window, wxPoint place, int button = wxMOUSE_BTN_LEFT, int key = 0);
+
+// What is on the screen at a place of the window, as red, green and blue.
+[[nodiscard]] std::string ColourAt(const wxWindow& window, wxPoint place);
 
 // Shows a window and waits until the window manager has placed and decorated it. False when it never comes to
 // rest.

@@ -1,5 +1,6 @@
 #include "tests/window/WindowTest.h"
 
+#include <gdk/gdk.h>
 #include <wx/app.h>
 #include <wx/evtloop.h>
 #include <wx/init.h>
@@ -44,13 +45,26 @@ void Rest(std::chrono::milliseconds time)
     (void)PumpUntil([end] { return std::chrono::steady_clock::now() > end; });
 }
 
-void Click(const wxWindow& window, wxPoint place, int button)
+void Click(const wxWindow& window, wxPoint place, int button, int key)
 {
     wxUIActionSimulator mouse;
     mouse.MouseMove(window.ClientToScreen(place));
     Rest(std::chrono::milliseconds(150));
+    if (key != 0)
+        mouse.KeyDown(key);
     mouse.MouseClick(button);
+    if (key != 0)
+        mouse.KeyUp(key);
     Rest(std::chrono::milliseconds(150));
+}
+
+std::string ColourAt(const wxWindow& window, wxPoint place)
+{
+    const wxPoint at = window.ClientToScreen(place);
+    GdkPixbuf* pixel = gdk_pixbuf_get_from_window(gdk_get_default_root_window(), at.x, at.y, 1, 1);
+    std::string colour(reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(pixel)), 3);
+    g_object_unref(pixel);
+    return colour;
 }
 
 bool ShowAndSettle(wxTopLevelWindow& window)
