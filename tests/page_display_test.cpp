@@ -92,16 +92,14 @@ TEST_F(PageDisplayTest, GoesFromTheBlankPageToTheFilesAndDeletesThemWhenTheyAreL
         EXPECT_EQ(UnreadTitles(*module), Titles{"A"}) << "still unread while the blank page loads";
         EXPECT_TRUE(browser_.files.empty());
         Answer();
-        EXPECT_EQ(Item(*module, "A").Image(), TreeImage::ItemRead);
-        EXPECT_FALSE(Item(*module, "A").Bold());
+        EXPECT_TRUE(Item(*module, "A").Image() == TreeImage::ItemRead && !Item(*module, "A").Bold());
         EXPECT_EQ(Stored(*module, 1, "Tag"), "<READ>");
         const auto last = browser_.sentTo.end();
         EXPECT_EQ(Titles(last - 2, last), (Titles{"blank", run_ / module->Row().page->shown}));
-        const int before = std::exchange(shown_, 0);
+        EXPECT_EQ(shown_, 0);
         Answer();
         EXPECT_TRUE(fs::is_empty(run_));
-        EXPECT_EQ(std::make_pair(before, shown_), std::make_pair(0, 1));
-        shown_ = 0;
+        EXPECT_EQ(std::exchange(shown_, 0), 1);
     }
     for (const auto& [show, shown] : {std::pair{&ShowAboutPage, "vantro.htm"}, {&ShowHelpPage, "help.htm"},
              {&ShowDonationsPage, "donations.htm"}}) {
@@ -254,16 +252,11 @@ TEST_F(PageDisplayTest, SaysWhatWentWrongAndEnds)
     modVANTRO.ShowItemPage(*display_, "vant7", [this] { ++shown_; });
     Answer();
     EXPECT_EQ(shown_, 3) << "an item that is gone ends the display";
-    static constexpr FilledTemplate kMissing[] = {{"a.htm", "NONE", {}}};
-    static constexpr PageRecipe kPage{"VANTRO", {}, kMissing, "a.htm", {}};
-    display_->ShowInformationPage(kPage);
-    EXPECT_TRUE(fs::is_empty(run_));
-    EXPECT_NE(said_.back().find("NONE"), std::string::npos) << said_.back();
     fs::remove_all(run_);
     Show(modVANTRO);
     Answer();
     EXPECT_EQ(shown_, 4);
-    EXPECT_EQ(said_.size(), 4U);
+    EXPECT_EQ(said_.size(), 3U);
     EXPECT_NE(said_.back().find((run_ / "vantro.jpg").string() + " cannot be written"), std::string::npos)
         << said_.back();
 }

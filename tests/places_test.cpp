@@ -52,7 +52,6 @@ TEST(HostsFile, GivesBuiltInAddressesForWhatIsMissingOrUnusable)
              {"set", "[Hosts]\nXBINS=http://127.0.0.1:8750/\n", "http://127.0.0.1:8750", ""},
              {"https", "[Hosts]\nXBINS=HTTPS://feeds.example\n", "HTTPS://feeds.example", ""},
              {"another scheme", "[Hosts]\nXBINS=file:///etc\n", builtIn, "XBINS"},
-             {"no address", "[Hosts]\nXBINS=hello world\n", builtIn, "XBINS"},
              {"no host", "[Hosts]\nXBINS=http://\n", builtIn, "XBINS"},
              {"garbage", "\x01\xFF garbage\n", builtIn, "vantro.ini cannot be read"},
              {"another group", "[Other]\nXBINS=http://x.example\n", builtIn, ""},
@@ -99,7 +98,7 @@ TEST(ModMain, SavesResourcesByteForByte)
 {
     const TemporaryFolder temporary;
     const fs::path file = temporary.Write("page.htm", "something longer than nothing");
-    EXPECT_EQ(SaveResourceToFile(file, "FRAMES", "XBINS", false)->number, kFileAlreadyExists);
+    EXPECT_EQ(SaveResourceToFile(file, "FRAMES", "XBINS", false).value().number, kFileAlreadyExists);
     EXPECT_FALSE(SaveResourceToFile(file, "FRAMES", "XBINS", true));
     EXPECT_EQ(ReadWholeFile(file), FindResource("XBINS", "FRAMES"));
     DeleteFileIfExists(temporary.Path());

@@ -37,15 +37,15 @@ struct RefreshCycleTest : FeedFixture {
 
 TEST_F(RefreshCycleTest, BringsEverySiteTheFeedOfItsOwnHost)
 {
-    const std::pair<const SiteModule*, std::string> sites[] = {{&modVANTRO, "refused:v/vantro/vantro.xml"},
-        {&modXBINS, "refused:x/xbins.xml"}, {&modXBOXSCENE, "refused:s/xbox1data/xbox-scene.xml"},
-        {&modMAXCONSOLE, "refused:m/rss/xboxfeed.rss"}};
-    for (const auto& [module, url] : sites) // as if downloaded
+    const Titles urls{"refused:v/vantro/vantro.xml", "refused:x/xbins.xml",
+        "refused:s/xbox1data/xbox-scene.xml", "refused:m/rss/xboxfeed.rss"};
+    for (const std::string& url : urls) // as if downloaded
         folder_.Write(url.substr(url.rfind('/') + 1), "<item><title>" + url + "</title></item>");
     cycle_.StartFeedDownloads();
     for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(engines_[i].FileURL(), sites[i].second);
-        EXPECT_EQ(TreeTitles(*sites[i].first), Titles{sites[i].second});
+        EXPECT_EQ(engines_[i].FileURL(), urls[i]);
+        EXPECT_EQ(TreeTitles(*std::array{&modVANTRO, &modXBINS, &modXBOXSCENE, &modMAXCONSOLE}[i]),
+            Titles{urls[i]});
     }
 }
 

@@ -59,7 +59,9 @@ struct RegistryStoreTest : testing::Test {
     void StoreOneItem(std::string_view text = "<READ>")
     {
         RegistryStore store(file_);
-        ASSERT_TRUE(Put(store, "R\\1", text));
+        const auto key = store.CreateKey("R\\1");
+        const int before = syncs;
+        ASSERT_TRUE(store.SetValue(key, "Tag", RegType::Sz, text) && syncs > before) << "durable by then";
     }
     // The store serves this run with `item`, says why it keeps nothing, and leaves the file as it was.
     void ExpectNotKept(const std::string& why, const std::string& item, const StoreOptions& options = {})
@@ -80,12 +82,7 @@ struct RegistryStoreTest : testing::Test {
 TEST_F(RegistryStoreTest, TheNextStartFindsEveryByteThatWasWritten)
 {
     for (const std::string& text : {""s, "zero\0byte"s, "\xff\xfe"s, std::string(64U << 20, 'x')}) {
-        {
-            RegistryStore store(file_);
-            const auto key = store.CreateKey("R\\1");
-            const int before = syncs;
-            EXPECT_TRUE(store.SetValue(key, "Tag", RegType::Sz, text) && syncs > before) << "durable";
-        }
+        StoreOneItem(text);
         RegistryStore store(file_);
         EXPECT_TRUE(store.IsKept() && store.Notice().empty()) << store.Notice();
         EXPECT_TRUE(Get(store, "r\\1", "TAG") == text) << text.size();
