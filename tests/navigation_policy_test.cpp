@@ -40,13 +40,16 @@ TEST(NavigationPolicy, LetsNothingElseMoveThatTheUserDidNotClick)
         {{.address = kFrames + "#z", .byUser = true}, Verdict::Ignore, ""},
         {{.address = kFrames, .history = true}, Verdict::Allow, ""},
         {{.address = relative, .byUser = true}, Verdict::Follow, "http://a.example/e"},
-        {{.address = relative, .byUser = true, .redirect = true}, Verdict::Ignore, ""},
+        {{.address = relative, .byUser = true, .redirect = true}, Verdict::Refuse, ""},
         {{.address = relative, .byUser = true, .aside = true}, Verdict::OpenOutside, "http://a.example/e"},
         {{.address = web, .redirect = true}, Verdict::Allow, ""},
         {{.address = web}, Verdict::Ignore, ""},
         {{.address = web, .byUser = true, .newWindow = true}, Verdict::OpenOutside, web},
         {{.address = web, .newWindow = true}, Verdict::Ignore, ""},
         {{.address = "file:///etc/hosts", .byUser = true}, Verdict::Ignore, ""},
+        {{.address = "tel:1", .byUser = true, .link = true}, Verdict::Refuse, ""},
+        {{.address = "tel:1", .link = true}, Verdict::Ignore, ""},
+        {{.address = "tel:1", .redirect = true}, Verdict::Refuse, ""},
     };
     for (const auto& [navigation, verdict, address] : cases) {
         const NavigationPolicy::Decision decision = policy.Decide(navigation);
