@@ -53,6 +53,9 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
             Finish(LoadEnd::Failed);
     };
     events.document = [this](const DocumentEnd& end) { DocumentCame(end); };
+    events.wantsAll = [this](const std::string& address) {
+        CallAfter([this, address] { NavigateFrame(address, kStoryFrame); });
+    };
     events.pressed = [this] { gate_.Pressed(); };
     events.clicked = [this](const std::string& link) { Clicked(link); };
     events.command = [this](NativeWebView::Command command, const std::string& link) { Do(command, link); };
@@ -184,7 +187,9 @@ bool Browser::Allow(const Navigation& navigation)
         return false;
     case NavigationPolicy::Verdict::OpenOutside: OpenOutside(decision.address); return false;
     case NavigationPolicy::Verdict::Refuse:
-        Say(SentenceOf({DocumentEnd::Kind::NoWebAddress, navigation.redirect ? wanted_ : ""}, false));
+        CallAfter([this, from = navigation.redirect ? wanted_ : ""] {
+            Tell({DocumentEnd::Kind::NoWebAddress, from});
+        });
         return false;
     case NavigationPolicy::Verdict::Ignore: return false;
     }
@@ -227,6 +232,7 @@ void Browser::DocumentCame(const DocumentEnd& end)
 {
     if (IsOwnAddress(end.address)) {
         followed_.clear();
+        native_->SetCookies(false);
         if (!loading_ || textsSent_ == 0 || end.address != page_.texts[textsSent_ - 1].second)
             return;
         if (end.kind == DocumentEnd::Kind::Finished)
@@ -240,17 +246,30 @@ void Browser::DocumentCame(const DocumentEnd& end)
     answerLimit_.Stop();
     if (end.kind == DocumentEnd::Kind::Answered)
         followed_ = end.address;
-    if (end.kind == DocumentEnd::Kind::ForbidsFrames) // the engine has put an empty page there
-        CallAfter([this] { native_->Back(); });
+    else if (followed_.empty())
+        native_->SetCookies(false); // pictures of the item's text may still come
+    CallAfter([this, end] { Tell(end); });
+}
+
+// What forbids frames is replaced by an empty page. What is sent on to where the engine does not go ends in
+// the same way, sometimes without that page.
+void Browser::Tell(DocumentEnd end)
+{
+    const bool isRefused = end.kind == DocumentEnd::Kind::ForbidsFrames
+        || (end.kind == DocumentEnd::Kind::NoWebAddress && !end.address.empty());
+    if (isRefused && native_->IsReplaced())
+        native_->Back();
+    else if (isRefused)
+        end.kind = DocumentEnd::Kind::NoWebAddress;
     const bool opens = IsForAnotherBrowser(end) && gate_.Opens(OutsideGate::Clock::now());
-    CallAfter(
-        [this, end, opens] { settings_.say(SentenceOf(end, opens && settings_.openOutside(end.address))); });
+    settings_.say(SentenceOf(end, opens && settings_.openOutside(end.address)));
 }
 
 // At links of these kinds the engine does and says nothing.
 void Browser::Clicked(const std::string& link)
 {
-    const bool isElsewhere = followed_.empty() && !IsOwnAddress(link) && !MayLeave(link);
+    const bool isScriptOfAPage = !followed_.empty() && link.starts_with("javascript:");
+    const bool isElsewhere = !isScriptOfAPage && !IsOwnAddress(link) && !MayLeave(link);
     if (isElsewhere || HasBarredPort(link))
         Say(SentenceOf({DocumentEnd::Kind::NoWebAddress, {}}, false));
 }

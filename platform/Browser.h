@@ -64,6 +64,7 @@ private:
     bool Allow(const Navigation& navigation);
     [[nodiscard]] std::optional<PagePart> Part(const std::string& address) const;
     void DocumentCame(const DocumentEnd& end);
+    void Tell(DocumentEnd end);
     void Do(NativeWebView::Command command, const std::string& link);
     void Clicked(const std::string& link);
     void OpenOutside(const std::string& address);

@@ -28,7 +28,8 @@ std::string SentenceOf(const DocumentEnd& end, bool opened)
             ? std::string()
             : host + " answered with error " + std::to_string(end.status) + ".";
     case DocumentEnd::Kind::Finished: return {};
-    case DocumentEnd::Kind::Unreachable: return host + " cannot be reached: " + end.reason + ".";
+    case DocumentEnd::Kind::Unreachable:
+        return host + " cannot be reached: " + end.reason + (end.reason.ends_with('.') ? "" : ".");
     case DocumentEnd::Kind::BadCertificate:
         return host + " cannot prove by its certificate that it is " + host + ", so its page is not shown.";
     case DocumentEnd::Kind::WantsPassword: return host + " wants a name and a password." + Remedy(false);
@@ -39,7 +40,7 @@ std::string SentenceOf(const DocumentEnd& end, bool opened)
     case DocumentEnd::Kind::Late: return host + " has not answered for 30 seconds.";
     case DocumentEnd::Kind::NoWebAddress:
         return (host.empty() ? "This link leads" : host + " sends this link on")
-            + " to what is no page of the web.";
+            + " to nothing that can be shown or opened.";
     }
     return {};
 }

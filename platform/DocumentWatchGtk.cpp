@@ -19,6 +19,7 @@ DocumentWatch::DocumentWatch(WebKitWebView* view, std::function<void(const Docum
 DocumentWatch::~DocumentWatch()
 {
     GiveUp();
+    g_clear_object(&before_);
     if (view_ == nullptr)
         return;
     g_signal_handlers_disconnect_by_data(view_, this);
@@ -28,8 +29,16 @@ DocumentWatch::~DocumentWatch()
 void DocumentWatch::Expect(const std::string& address, bool redirect)
 {
     expected_ = address;
-    if (!redirect)
-        GiveUp();
+    if (redirect)
+        return;
+    GiveUp();
+    g_set_object(
+        &before_, webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_)));
+}
+
+bool DocumentWatch::IsReplaced() const
+{
+    return before_ != webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_));
 }
 
 void DocumentWatch::GiveUp()

@@ -21,6 +21,10 @@ public:
     // A navigation to `address` was allowed: the document before it no longer counts, unless it was
     // redirected.
     void Expect(const std::string& address, bool redirect);
+    // The address that was allowed last.
+    [[nodiscard]] const std::string& Expected() const { return expected_; }
+    // Whether the engine has put a page, be it an empty one, in the place where the document was to come.
+    [[nodiscard]] bool IsReplaced() const;
     // Nothing is reported of the document any more.
     void GiveUp();
     // The server wants a password, which was refused.
@@ -37,6 +41,7 @@ private:
     WebKitWebView* view_; // becomes null when it is destroyed
     std::function<void(const DocumentEnd&)> report_;
     std::string expected_;
+    WebKitBackForwardListItem* before_ = nullptr; // where the view stood then
     WebKitWebResource* watched_ = nullptr;
     bool answered_ = false;
     bool passwordWanted_ = false;

@@ -50,7 +50,9 @@ void Answer(WebKitURISchemeRequest* request, gpointer serve)
 WebKitWebContext* NewEngine(Serve serve)
 {
     static const bool sandbox = [] {
-        g_setenv("MESA_SHADER_CACHE_DISABLE", "true", FALSE); // it would stay in the user's cache folder
+        // What these libraries keep would stay in the user's cache folder.
+        g_setenv("MESA_SHADER_CACHE_DISABLE", "true", FALSE);
+        g_setenv("GST_REGISTRY_DISABLE", "yes", FALSE);
         return SandboxWorks();
     }();
     WebKitWebContext* engine = webkit_web_context_new_ephemeral();

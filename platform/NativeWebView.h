@@ -36,6 +36,8 @@ public:
             finished; // the document of that address and its frames
         std::function<void(const std::string& address)> failed;
         std::function<void(const DocumentEnd&)> document; // of the newest navigation that was allowed
+        // A page wants the place of the whole page with its frames, which was not granted.
+        std::function<void(const std::string& address)> wantsAll;
         std::function<void()> pressed; // the user pressed a mouse button or a key on a page
         std::function<void(const std::string& link)> clicked; // with the first button, wherever it leads
         // The user asks for it; `link` is what the context menu was opened on, often nothing.
@@ -67,6 +69,8 @@ public:
     // Goes through what was followed in the page loaded last, and never to the page before it.
     void Back();
     void Forward();
+    // Whether a page, be it an empty one, has come to where the navigation allowed last was to lead.
+    [[nodiscard]] bool IsReplaced() const;
     // Whether servers may leave cookies and get them back. They are forgotten with the view.
     void SetCookies(bool taken);
     // Whether script dialogs, permission questions and password dialogs of pages stay hidden (answered by

@@ -212,6 +212,12 @@ struct NativeWebView::Implementation {
 
     static void OnLoadChanged(WebKitWebView* view, WebKitLoadEvent event, Implementation* self)
     {
+        if (event == WEBKIT_LOAD_STARTED && !std::exchange(self->loads, false)) {
+            const std::string address = self->watch.Expected();
+            self->watch.GiveUp();
+            webkit_web_view_stop_loading(view);
+            self->events.wantsAll(address);
+        }
         if (event != WEBKIT_LOAD_FINISHED)
             return;
         // The view's own address is already that of the newest load when the end of an older one is reported.
@@ -250,6 +256,7 @@ struct NativeWebView::Implementation {
     DocumentWatch watch;
     std::string page; // loaded last
     std::string pointedAt; // the link under the mouse
+    bool loads = false; // of the next load of the whole view: the program has asked for it
     gboolean silent = FALSE;
 };
 
@@ -276,6 +283,7 @@ std::string NativeWebView::Normalized(const std::string& address)
 void NativeWebView::Load(const std::string& address)
 {
     implementation_->page = address;
+    implementation_->loads = true;
     webkit_web_view_load_uri(implementation_->view, address.c_str());
 }
 
@@ -314,6 +322,11 @@ void NativeWebView::Forward()
 {
     if (implementation_->CanGo(1))
         webkit_web_view_go_forward(implementation_->view);
+}
+
+bool NativeWebView::IsReplaced() const
+{
+    return implementation_->watch.IsReplaced();
 }
 
 void NativeWebView::SetCookies(bool taken)

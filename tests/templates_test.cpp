@@ -36,7 +36,7 @@ TEST(Templates, BeginWithAPolicyThatRunsTheirOwnScriptOnly)
         = "<head>\r\n<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; ";
     const std::string ends = "form-action 'none'; base-uri 'none'\">";
     const std::regex withScript(begins
-        + "script-src 'sha256-([^']*)'; style-src 'unsafe-inline'; img-src vantro-page:( http: https: "
+        + "script-src 'sha256-([^']*)'; style-src 'unsafe-inline'; img-src(?: vantro-page:)?( http: https: "
           "data:)?; "
         + ends + "[^\\[]*<script type=\"text/javascript\">([^<]*)</script>");
     int pages = 0;
@@ -54,6 +54,7 @@ TEST(Templates, BeginWithAPolicyThatRunsTheirOwnScriptOnly)
             } else
                 EXPECT_EQ(page, "");
             EXPECT_EQ(ReplaceAll(page, "\r\n", "").find_first_of("\r\n"), std::string::npos);
+            EXPECT_EQ(page.find("<base target=\"mainFrame\">") != std::string::npos, name == "TITLE");
             static const std::regex fixedLines(R"re((line-height: ?|px/)\d+px)re");
             EXPECT_FALSE(std::regex_search(page, fixedLines)) << "large letters would overlap";
             const bool holdsFeedText = page.find("[TITLE]") + 1 + page.find("[DESCRIPTION]") + 1 != 0;
