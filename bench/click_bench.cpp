@@ -6,7 +6,7 @@
 #include "feeds/PageDisplay.h"
 #include "feeds/SiteModules.h"
 #include "platform/Browser.h"
-#include "shell/modMain.h"
+#include "settings/modRegistry.h"
 
 #include <algorithm>
 #include <chrono>

@@ -3,7 +3,7 @@
 #include "bench/BenchFeed.h"
 #include "feeds/SiteModules.h"
 #include "feeds/modMAXCONSOLE.h"
-#include "shell/modMain.h"
+#include "settings/modRegistry.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -2,7 +2,7 @@
 #include "feeds/MergePlan.h"
 #include "feeds/SiteModule.h"
 #include "feeds/modXML.h"
-#include "shell/modMain.h"
+#include "platform/Files.h"
 
 #include <optional>
 

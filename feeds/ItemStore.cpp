@@ -2,7 +2,7 @@
 
 #include "feeds/modXML.h"
 #include "platform/TextCoding.h"
-#include "shell/modMain.h"
+#include "settings/modRegistry.h"
 
 #include <algorithm>
 

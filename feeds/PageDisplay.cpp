@@ -4,9 +4,11 @@
 #include "feeds/ItemTag.h"
 #include "feeds/ReadMarks.h"
 #include "platform/DisplayAddress.h"
+#include "platform/Files.h"
 #include "platform/PageAddress.h"
 #include "platform/Resources.h"
 #include "platform/TextCoding.h"
+#include "settings/modRegistry.h"
 #include "shell/modMain.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "feeds/Site.h"
 
-#include "shell/modMain.h"
+#include "settings/modRegistry.h"
 
 #include <charconv>
 #include <limits>

@@ -1,7 +1,7 @@
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "feeds/SiteModule.h"
-#include "shell/modMain.h"
+#include "settings/modRegistry.h"
 
 namespace vantro {
 

@@ -1,8 +1,8 @@
 #include "platform/Browser.h"
 
+#include "platform/Files.h"
 #include "platform/TextCoding.h"
 #include "platform/WebAddress.h"
-#include "shell/modMain.h"
 
 #include <utility>
 #include <wx/log.h>

@@ -2,8 +2,8 @@
 
 #include "platform/Screen.h"
 #include "settings/MinutesText.h"
+#include "settings/modRegistry.h"
 #include "shell/modFrmCtrl.h"
-#include "shell/modMain.h"
 
 #include <wx/checkbox.h>
 #include <wx/statbox.h>

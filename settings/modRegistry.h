@@ -16,6 +16,10 @@ namespace vantro {
 // Predefined root keys, with the numbers the registry gives them.
 enum class RootKey : std::uint32_t { LocalMachine = 0x80000002 };
 
+// The key of the program, below which all that it stores stands.
+inline constexpr RootKey RegRoot = RootKey::LocalMachine;
+inline constexpr std::string_view RegPath = "Software\\Vantro";
+
 // What a read returns. Empty stands for a value that is missing, unreadable, of another type, or an empty
 // text; it equals 0 as a number and "" as a text.
 class RegValue {

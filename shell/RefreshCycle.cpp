@@ -4,6 +4,8 @@
 #include "feeds/modVANTRO.h"
 #include "feeds/modXBINS.h"
 #include "feeds/modXBOXSCENE.h"
+#include "platform/Files.h"
+#include "settings/modRegistry.h"
 #include "shell/modMain.h"
 
 namespace vantro {

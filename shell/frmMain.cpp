@@ -7,6 +7,7 @@
 #include "feeds/SiteModules.h"
 #include "platform/ModalInput.h"
 #include "platform/TextCoding.h"
+#include "settings/modRegistry.h"
 #include "shell/Icons.h"
 #include "shell/StartUp.h"
 #include "shell/modMain.h"

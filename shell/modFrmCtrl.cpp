@@ -1,7 +1,7 @@
 #include "shell/modFrmCtrl.h"
 
 #include "platform/Screen.h"
-#include "shell/modMain.h"
+#include "settings/modRegistry.h"
 
 #include <wx/frame.h>
 #include <wx/statusbr.h>

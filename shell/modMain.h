@@ -1,10 +1,6 @@
 #pragma once
 
-#include "settings/modRegistry.h"
-
 #include <cstdint>
-#include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,8 +8,6 @@ namespace vantro {
 
 // The program-wide values. All but MinuteCount never change.
 inline constexpr std::string_view ProductName = "Vantro";
-inline constexpr RootKey RegRoot = RootKey::LocalMachine;
-inline constexpr std::string_view RegPath = "Software\\Vantro";
 inline constexpr std::string_view UnreadMarker = "<UNREAD>";
 inline constexpr std::string_view ReadMarker = "<READ>";
 inline constexpr std::string_view NewMarker = "<NEW>"; // lives inside a merge only
@@ -22,30 +16,5 @@ inline std::int32_t MinuteCount = 0; // minutes since the refresh timer was arme
 
 // "v" major "." minor " build " and the last four digits of the revision, with zeros in front.
 [[nodiscard]] std::string MakeVersionLine(int major, int minor, int revision);
-
-// Why a file operation failed: the number of the error and a sentence that names the file and the reason.
-struct FileError {
-    int number = 0;
-    std::string sentence;
-};
-inline constexpr int kFileAlreadyExists = 58;
-
-// Failures to delete are ignored.
-void DeleteFileIfExists(const std::filesystem::path& path) noexcept;
-
-// Writes the bytes of a resource as they are. An existing file is replaced when `overwrite` is true; else the
-// call fails with kFileAlreadyExists.
-[[nodiscard]] std::optional<FileError> SaveResourceToFile(
-    const std::filesystem::path& path, std::string_view name, std::string_view type, bool overwrite);
-
-// Replaces the file by the page text, written as Windows-1252 (see EncodePageText).
-[[nodiscard]] std::optional<FileError> WriteTextFile(
-    const std::filesystem::path& path, std::string_view pageText);
-
-// The whole content of a file; nothing when it cannot be read.
-[[nodiscard]] std::optional<std::string> ReadWholeFile(const std::filesystem::path& path);
-
-// True when the file can be opened for reading.
-[[nodiscard]] bool FileExists(const std::filesystem::path& path);
 
 } // namespace vantro

@@ -1,5 +1,6 @@
 #include "feeds/MergePlan.h"
 #include "feeds/ReadMarks.h"
+#include "settings/modRegistry.h"
 #include "tests/support/FeedFixture.h"
 
 namespace vantro {

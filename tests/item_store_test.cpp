@@ -1,5 +1,6 @@
 #include "feeds/ReadMarks.h"
 #include "platform/SqliteStatement.h"
+#include "settings/modRegistry.h"
 #include "tests/support/FeedFixture.h"
 
 #include <csignal>

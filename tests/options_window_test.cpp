@@ -1,4 +1,5 @@
 #include "settings/frmOptions.h"
+#include "settings/modRegistry.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/window/WindowTest.h"
 

@@ -1,7 +1,9 @@
 #include "feeds/InformationPages.h"
 #include "feeds/ItemTag.h"
 #include "feeds/PageDisplay.h"
+#include "platform/Files.h"
 #include "platform/PageAddress.h"
+#include "shell/modMain.h"
 #include "tests/support/FeedFixture.h"
 
 #include <cstdlib>

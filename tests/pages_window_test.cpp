@@ -1,4 +1,5 @@
 #include "feeds/ItemTag.h"
+#include "platform/Files.h"
 #include "tests/window/PagesFixture.h"
 
 #include <csignal>

@@ -1,3 +1,4 @@
+#include "platform/Files.h"
 #include "platform/RegistryStore.h"
 #include "platform/SqliteStatement.h"
 #include "tests/support/FeedFixture.h"

@@ -2,6 +2,7 @@
 
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
+#include "settings/modRegistry.h"
 #include "shell/StartUp.h"
 
 #include <cstdlib>

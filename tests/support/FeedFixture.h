@@ -5,7 +5,7 @@
 #include "feeds/modVANTRO.h"
 #include "feeds/modXBINS.h"
 #include "feeds/modXBOXSCENE.h"
-#include "shell/modMain.h"
+#include "settings/modRegistry.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
