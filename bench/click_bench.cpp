@@ -5,8 +5,8 @@
 #include "feeds/ItemTag.h"
 #include "feeds/PageDisplay.h"
 #include "feeds/SiteModules.h"
-#include "platform/Browser.h"
 #include "settings/modRegistry.h"
+#include "toolkit/Browser.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/EventPump.h"
 #include "platform/AsyncRead.h"
-#include "platform/EventPump.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "downloader/SavedForm.h"
 
-#include "platform/Resources.h"
+#include "base/Resources.h"
 
 #include <utility>
 

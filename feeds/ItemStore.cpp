@@ -1,7 +1,7 @@
 #include "feeds/ItemStore.h"
 
+#include "base/TextCoding.h"
 #include "feeds/modXML.h"
-#include "platform/TextCoding.h"
 #include "settings/modRegistry.h"
 
 #include <algorithm>

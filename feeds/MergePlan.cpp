@@ -1,7 +1,7 @@
 #include "feeds/MergePlan.h"
 
+#include "base/modMain.h"
 #include "feeds/ItemTag.h"
-#include "shell/modMain.h"
 
 #include <map>
 

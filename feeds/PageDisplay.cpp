@@ -1,15 +1,15 @@
 #include "feeds/PageDisplay.h"
 
+#include "base/Resources.h"
+#include "base/TextCoding.h"
+#include "base/modMain.h"
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "feeds/ReadMarks.h"
-#include "platform/DisplayAddress.h"
 #include "platform/Files.h"
-#include "platform/PageAddress.h"
-#include "platform/Resources.h"
-#include "platform/TextCoding.h"
 #include "settings/modRegistry.h"
-#include "shell/modMain.h"
+#include "web/DisplayAddress.h"
+#include "web/PageAddress.h"
 
 #include <cerrno>
 #include <utility>

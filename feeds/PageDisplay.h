@@ -2,7 +2,7 @@
 
 #include "feeds/FeedDate.h"
 #include "feeds/SiteModule.h"
-#include "platform/PageBrowser.h"
+#include "web/PageBrowser.h"
 
 #include <cstdint>
 #include <filesystem>

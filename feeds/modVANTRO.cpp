@@ -1,6 +1,6 @@
 #include "feeds/modVANTRO.h"
 
-#include "shell/modMain.h"
+#include "base/modMain.h"
 
 namespace vantro {
 

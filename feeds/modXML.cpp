@@ -1,6 +1,6 @@
 #include "feeds/modXML.h"
 
-#include "platform/TextCoding.h"
+#include "base/TextCoding.h"
 
 #include <algorithm>
 #include <string>

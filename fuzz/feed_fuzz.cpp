@@ -1,13 +1,13 @@
 // Gives arbitrary bytes to everything that reads what a stranger may have written, and checks what it
 // promises.
 
+#include "base/TextCoding.h"
 #include "downloader/PropertyBag.h"
 #include "feeds/FeedDate.h"
 #include "feeds/ItemStore.h"
 #include "feeds/MergePlan.h"
 #include "feeds/SiteModules.h"
 #include "feeds/modXML.h"
-#include "platform/TextCoding.h"
 
 #include <algorithm>
 #include <cstddef>

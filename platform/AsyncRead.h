@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ProxyLookup.h"
-#include "platform/WebAddress.h"
+#include "web/WebAddress.h"
 
 #include <chrono>
 #include <cstdint>

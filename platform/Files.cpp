@@ -1,7 +1,7 @@
 #include "platform/Files.h"
 
-#include "platform/Resources.h"
-#include "platform/TextCoding.h"
+#include "base/Resources.h"
+#include "base/TextCoding.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "platform/HostsFile.h"
 
-#include "platform/BuildSettings.h"
-#include "platform/TextCoding.h"
+#include "base/BuildSettings.h"
+#include "base/TextCoding.h"
 
 #include <glib.h>
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/AsyncRead.h"
-#include "platform/HttpAnswer.h"
+#include "web/HttpAnswer.h"
 
 #include <chrono>
 #include <curl/curl.h>

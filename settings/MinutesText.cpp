@@ -1,6 +1,6 @@
 #include "settings/MinutesText.h"
 
-#include "platform/Twips.h"
+#include "base/Twips.h"
 
 #include <locale>
 #include <sstream>

@@ -1,12 +1,12 @@
 #include "shell/RefreshCycle.h"
 
+#include "base/modMain.h"
 #include "feeds/modMAXCONSOLE.h"
 #include "feeds/modVANTRO.h"
 #include "feeds/modXBINS.h"
 #include "feeds/modXBOXSCENE.h"
 #include "platform/Files.h"
 #include "settings/modRegistry.h"
-#include "shell/modMain.h"
 
 namespace vantro {
 

@@ -1,6 +1,6 @@
 #include "shell/WindowPlacement.h"
 
-#include "shell/ClampValue.h"
+#include "base/ClampValue.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Twips.h"
+#include "base/Twips.h"
 
 #include <array>
 #include <cstdint>

@@ -1,9 +1,9 @@
 #include "downloader/PropertyBag.h"
-#include "downloader/bkDLControl.h"
-#include "platform/WxEventPump.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
 #include "tests/window/WindowTest.h"
+#include "toolkit/WxEventPump.h"
+#include "windows/bkDLControl.h"
 
 #include <wx/frame.h>
 #include <wx/panel.h>

@@ -1,6 +1,6 @@
-#include "shell/modFrmCtrl.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/window/WindowTest.h"
+#include "windows/modFrmCtrl.h"
 
 #include <gtk/gtk.h>
 #include <wx/display.h>

@@ -1,4 +1,4 @@
-#include "platform/HttpAnswer.h"
+#include "web/HttpAnswer.h"
 
 #include <gtest/gtest.h>
 

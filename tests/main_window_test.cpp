@@ -1,9 +1,9 @@
 #include "feeds/ItemTag.h"
 #include "platform/IdleCall.h"
-#include "shell/frmMain.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
 #include "tests/window/WindowTest.h"
+#include "windows/frmMain.h"
 
 #include <cstdlib>
 #include <wx/display.h>

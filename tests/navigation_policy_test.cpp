@@ -1,5 +1,5 @@
-#include "platform/NavigationPolicy.h"
-#include "platform/OutsideGate.h"
+#include "web/NavigationPolicy.h"
+#include "web/OutsideGate.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "shell/NewsTreeView.h"
 #include "tests/window/WindowTest.h"
+#include "windows/NewsTreeView.h"
 
 #include <gtk/gtk.h>
 #include <string>

@@ -1,7 +1,7 @@
-#include "settings/frmOptions.h"
 #include "settings/modRegistry.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/window/WindowTest.h"
+#include "windows/frmOptions.h"
 
 #include <gtk/gtk.h>
 #include <wx/checkbox.h>

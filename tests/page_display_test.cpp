@@ -1,10 +1,10 @@
+#include "base/modMain.h"
 #include "feeds/InformationPages.h"
 #include "feeds/ItemTag.h"
 #include "feeds/PageDisplay.h"
 #include "platform/Files.h"
-#include "platform/PageAddress.h"
-#include "shell/modMain.h"
 #include "tests/support/FeedFixture.h"
+#include "web/PageAddress.h"
 
 #include <cstdlib>
 #include <set>

@@ -1,10 +1,10 @@
-#include "platform/BuildSettings.h"
+#include "base/BuildSettings.h"
+#include "base/Resources.h"
+#include "base/modMain.h"
 #include "platform/Files.h"
 #include "platform/HostsFile.h"
 #include "platform/Paths.h"
-#include "platform/Resources.h"
 #include "platform/SingleInstance.h"
-#include "shell/modMain.h"
 #include "tests/support/FeedFixture.h"
 
 #include <cstdlib>

@@ -1,6 +1,6 @@
+#include "base/Resources.h"
 #include "feeds/ItemTag.h"
 #include "feeds/SiteModules.h"
-#include "platform/Resources.h"
 
 #include <gtest/gtest.h>
 

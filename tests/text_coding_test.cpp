@@ -1,4 +1,4 @@
-#include "platform/TextCoding.h"
+#include "base/TextCoding.h"
 
 #include <gtest/gtest.h>
 

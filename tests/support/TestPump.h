@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/EventPump.h"
+#include "base/EventPump.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "feeds/PageDisplay.h"
-#include "platform/Browser.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
 #include "tests/window/WindowTest.h"
+#include "toolkit/Browser.h"
 
 #include <gtk/gtk.h>
 #include <webkit2/webkit2.h>

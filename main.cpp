@@ -1,0 +1,3 @@
+#include "windows/VantroApp.h"
+
+wxIMPLEMENT_APP(vantro::VantroApp);

@@ -1,3 +1,0 @@
-#include "shell/VantroApp.h"
-
-wxIMPLEMENT_APP(vantro::VantroApp);

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "web/DocumentEnd.h"
+
+#include <functional>
+#include <string>
+#include <webkit2/webkit2.h>
+
+namespace vantro {
+
+// Follows the document of the newest navigation that was allowed, in whatever frame, and reports what becomes
+// of it. The engine tells nothing else about the documents of frames than what happens to their resources.
+class DocumentWatch {
+public:
+    // `report` runs in the middle of the engine's work. The view may go before the watch.
+    DocumentWatch(WebKitWebView* view, std::function<void(const DocumentEnd&)> report);
+    ~DocumentWatch();
+    DocumentWatch(const DocumentWatch&) = delete;
+    DocumentWatch& operator=(const DocumentWatch&) = delete;
+
+    // A navigation to `address` was allowed: the document before it no longer counts, unless it was
+    // redirected.
+    void Expect(const std::string& address, bool redirect);
+    // The address that was allowed last.
+    [[nodiscard]] const std::string& Expected() const { return expected_; }
+    // Whether the engine has put a page, be it an empty one, in the place where the document was to come.
+    [[nodiscard]] bool IsReplaced() const;
+    // Nothing is reported of the document any more.
+    void GiveUp();
+    // The server wants a password, which was refused.
+    void PasswordWanted() { passwordWanted_ = true; }
+    // The server has answered. True when the engine can show it, which it does only then.
+    [[nodiscard]] bool Answered(WebKitResponsePolicyDecision* decision);
+
+private:
+    static void OnResource(
+        WebKitWebView* view, WebKitWebResource* resource, WebKitURIRequest* request, DocumentWatch* self);
+    void OnFailed(const GError& error);
+    void ReportWatched(DocumentEnd::Kind kind, const char* reason = "");
+
+    WebKitWebView* view_; // becomes null when it is destroyed
+    std::function<void(const DocumentEnd&)> report_;
+    std::string expected_;
+    WebKitBackForwardListItem* before_ = nullptr; // where the view stood then
+    WebKitWebResource* watched_ = nullptr;
+    bool answered_ = false;
+    bool passwordWanted_ = false;
+};
+
+} // namespace vantro

@@ -1,0 +1,79 @@
+#include "toolkit/NativeEngineGtk.h"
+
+#include "web/DisplayAddress.h"
+
+#include <utility>
+#include <vector>
+
+namespace vantro {
+
+namespace {
+
+using Serve = std::function<std::optional<PagePart>(const std::string&)>;
+
+// True when the tool behind the engine's sandbox can set one up here; in some containers it cannot, and the
+// engine would then end the program.
+bool SandboxWorks()
+{
+    std::vector<const char*> command{
+        "bwrap", "--ro-bind", "/", "/", "--proc", "/proc", "--dev", "/dev", "--unshare-all", "true", nullptr};
+    gint status = 1;
+    const gboolean ran
+        = g_spawn_sync(nullptr, const_cast<char**>(command.data()), nullptr, // NOLINT: a C interface
+            static_cast<GSpawnFlags>(
+                G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
+            nullptr, nullptr, nullptr, nullptr, &status, nullptr);
+    gchar* proxy = g_find_program_in_path("xdg-dbus-proxy"); // the sandbox needs it as well
+    const bool works = ran != FALSE && status == 0 && proxy != nullptr;
+    g_free(proxy);
+    return works;
+}
+
+void Answer(WebKitURISchemeRequest* request, gpointer serve)
+{
+    std::optional<PagePart> part = (*static_cast<Serve*>(serve))(webkit_uri_scheme_request_get_uri(request));
+    if (!part) {
+        GError* error = g_error_new_literal(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "No part of the page shown");
+        webkit_uri_scheme_request_finish_error(request, error);
+        g_error_free(error);
+        return;
+    }
+    const auto size = static_cast<gint64>(part->bytes.size());
+    GInputStream* stream = g_memory_input_stream_new_from_data(
+        g_memdup2(part->bytes.data(), part->bytes.size()), size, g_free);
+    webkit_uri_scheme_request_finish(request, stream, size, std::string(part->mimeType).c_str());
+    g_object_unref(stream);
+}
+
+} // namespace
+
+WebKitWebContext* NewEngine(Serve serve)
+{
+    static const bool sandbox = [] {
+        // What these libraries keep would stay in the user's cache folder.
+        g_setenv("MESA_SHADER_CACHE_DISABLE", "true", FALSE);
+        g_setenv("GST_REGISTRY_DISABLE", "yes", FALSE);
+        return SandboxWorks();
+    }();
+    WebKitWebContext* engine = webkit_web_context_new_ephemeral();
+    if (sandbox)
+        webkit_web_context_set_sandbox_enabled(engine, TRUE);
+    const std::string scheme(kPageScheme);
+    // Pages that were followed can neither show nor link to what is ours.
+    webkit_security_manager_register_uri_scheme_as_display_isolated(
+        webkit_web_context_get_security_manager(engine), scheme.c_str());
+    webkit_web_context_register_uri_scheme(engine, scheme.c_str(), Answer, new Serve(std::move(serve)),
+        [](gpointer given) { delete static_cast<Serve*>(given); });
+    return engine;
+}
+
+void Restrict(WebKitSettings* settings)
+{
+    g_object_set(settings, "allow-file-access-from-file-urls", FALSE, "allow-universal-access-from-file-urls",
+        FALSE, "javascript-can-open-windows-automatically", FALSE, "javascript-can-access-clipboard", FALSE,
+        "enable-dns-prefetching", FALSE, "enable-page-cache", FALSE, "enable-developer-extras", FALSE,
+        "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE,
+        "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
+}
+
+} // namespace vantro

@@ -1,0 +1,48 @@
+#include "toolkit/NativeMenuGtk.h"
+
+#include <utility>
+
+namespace vantro {
+
+namespace {
+
+struct Choice {
+    NativeWebView::Command command;
+    std::string link;
+    std::function<void(NativeWebView::Command, const std::string&)> chosen;
+};
+
+void Append(WebKitContextMenu* menu, const char* label, bool enabled, Choice choice)
+{
+    GSimpleAction* action = g_simple_action_new(label, nullptr);
+    g_simple_action_set_enabled(action, enabled ? TRUE : FALSE);
+    g_signal_connect_data(
+        action, "activate",
+        G_CALLBACK(+[](GSimpleAction*, GVariant*, Choice* made) { made->chosen(made->command, made->link); }),
+        new Choice(std::move(choice)), [](gpointer made, GClosure*) { delete static_cast<Choice*>(made); },
+        G_CONNECT_DEFAULT);
+    webkit_context_menu_append(
+        menu, webkit_context_menu_item_new_from_gaction(G_ACTION(action), label, nullptr));
+    g_object_unref(action);
+}
+
+} // namespace
+
+void FillContextMenu(WebKitContextMenu* menu, WebKitHitTestResult* under, const ContextMenuState& state)
+{
+    using Command = NativeWebView::Command;
+    const std::string link = webkit_hit_test_result_context_is_link(under) != FALSE
+        ? webkit_hit_test_result_get_link_uri(under)
+        : "";
+    webkit_context_menu_remove_all(menu);
+    Append(menu, "Back", state.canGoBack, {Command::Back, {}, state.command});
+    Append(menu, "Forward", state.canGoForward, {Command::Forward, {}, state.command});
+    Append(menu, "Reload", true, {Command::Reload, {}, state.command});
+    webkit_context_menu_append(menu, webkit_context_menu_item_new_separator());
+    webkit_context_menu_append(
+        menu, webkit_context_menu_item_new_from_stock_action(WEBKIT_CONTEXT_MENU_ACTION_COPY));
+    Append(menu, link.empty() ? "Open Page in Default Browser" : "Open Link in Default Browser", true,
+        {Command::OpenOutside, link, state.command});
+}
+
+} // namespace vantro

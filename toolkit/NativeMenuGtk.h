@@ -1,0 +1,18 @@
+#pragma once
+
+#include "toolkit/NativeWebView.h"
+
+#include <webkit2/webkit2.h>
+
+namespace vantro {
+
+struct ContextMenuState {
+    bool canGoBack;
+    bool canGoForward;
+    std::function<void(NativeWebView::Command, const std::string& link)> command;
+};
+
+// Leaves in the engine's context menu only what works here.
+void FillContextMenu(WebKitContextMenu* menu, WebKitHitTestResult* under, const ContextMenuState& state);
+
+} // namespace vantro

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "base/Twips.h"
+
+#include <vector>
+
+class wxTopLevelWindow;
+class wxSize;
+
+namespace vantro {
+
+// 15 at 96 dots per inch. Follows the resolution that fonts are drawn with, so that lengths in twips keep
+// their proportion to the text in them; a screen whose pixels the toolkit doubles by itself still counts as
+// one of 96.
+[[nodiscard]] TwipsPerPixel ScreenTwipsPerPixel();
+
+// The monitors in the toolkit's pixels, the primary one first; never empty.
+[[nodiscard]] std::vector<Rectangle> Screens();
+
+// What the window manager adds to a window in pixels, title bar included, as far as it is known: nothing
+// before the window has been shown for the first time.
+[[nodiscard]] wxSize DecorationSize(const wxTopLevelWindow& window);
+
+// Gives a window this size in pixels without its decoration. A window not yet shown keeps it when the
+// decoration becomes known.
+void SetUndecoratedSize(wxTopLevelWindow& window, const wxSize& size);
+
+} // namespace vantro

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "base/EventPump.h"
+
+namespace vantro {
+
+// The event pump over the window library's event loop.
+class WxEventPump final : public EventPump {
+public:
+    bool RunUntil(const std::function<bool()>& done) override;
+};
+
+} // namespace vantro

@@ -1,0 +1,350 @@
+#include "windows/NewsTreeView.h"
+
+#include "base/TextCoding.h"
+#include "feeds/Site.h"
+#include "platform/IdleCall.h"
+#include "toolkit/ModalInput.h"
+#include "windows/Icons.h"
+
+#include <algorithm>
+#include <string>
+#include <wx/menu.h>
+#include <wx/utils.h>
+#include <wx/weakref.h>
+
+namespace vantro {
+
+namespace {
+
+constexpr std::size_t kLongestText = 200; // characters; more would only slow the layout of the row
+constexpr float kFontScale = 0.9F; // the tree is narrow and its captions are long
+
+wxDataViewItem ItemOf(const NewsNode* node)
+{
+    return wxDataViewItem(const_cast<NewsNode*>(node));
+} // NOLINT: an id
+NewsNode* NodeOf(const wxDataViewItem& item)
+{
+    return static_cast<NewsNode*>(item.GetID());
+}
+
+int IndexOf(const std::vector<std::unique_ptr<NewsNode>>& nodes, const NewsNode* node)
+{
+    return static_cast<int>(std::ranges::find(nodes, node, &std::unique_ptr<NewsNode>::get) - nodes.begin());
+}
+
+// Sets a flag for the length of a block.
+class Showing {
+public:
+    explicit Showing(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
+    ~Showing() { flag_ = before_; }
+    Showing(const Showing&) = delete;
+    Showing& operator=(const Showing&) = delete;
+
+private:
+    bool& flag_;
+    bool before_;
+};
+
+} // namespace
+
+class NewsTreeView::Model final : public wxDataViewModel {
+public:
+    explicit Model(const NewsTree& tree) : tree_(tree)
+    {
+        for (std::size_t i = 0; i < icons_.size(); ++i)
+            icons_[i] = LoadIcon(ImageKey(static_cast<TreeImage>(i)));
+    }
+
+    [[nodiscard]] unsigned int GetColumnCount() const override { return 1; }
+    [[nodiscard]] wxString GetColumnType(unsigned int /*column*/) const override
+    {
+        return "wxDataViewIconText";
+    }
+
+    void GetValue(wxVariant& value, const wxDataViewItem& item, unsigned int /*column*/) const override
+    {
+        const NewsNode* node = NodeOf(item);
+        value << wxDataViewIconText(wxString::FromUTF8(OneLine(node->Text(), kLongestText)),
+            icons_[static_cast<std::size_t>(node->Image())]);
+    }
+
+    bool SetValue(
+        const wxVariant& /*value*/, const wxDataViewItem& /*item*/, unsigned int /*column*/) override
+    {
+        return false;
+    }
+
+    bool GetAttr(const wxDataViewItem& item, unsigned int /*column*/, wxDataViewItemAttr& attr) const override
+    {
+        const NewsNode* node = NodeOf(item);
+        attr.SetBold(node->Bold());
+        if (const auto back = node->BackColor()) {
+            attr.SetBackgroundColour(wxColour(back->red, back->green, back->blue));
+            attr.SetColour(*wxBLACK); // a dark theme's light text would vanish on it
+        }
+        return true;
+    }
+
+    [[nodiscard]] wxDataViewItem GetParent(const wxDataViewItem& item) const override
+    {
+        return item.IsOk() ? ItemOf(NodeOf(item)->Parent()) : wxDataViewItem();
+    }
+
+    [[nodiscard]] bool IsContainer(const wxDataViewItem& item) const override
+    {
+        return !item.IsOk() || NodeOf(item)->Parent() == nullptr;
+    }
+    [[nodiscard]] bool HasContainerColumns(const wxDataViewItem& /*item*/) const override { return true; }
+
+    unsigned int GetChildren(const wxDataViewItem& item, wxDataViewItemArray& children) const override
+    {
+        const auto& nodes = item.IsOk() ? NodeOf(item)->Children() : tree_.Roots();
+        children.Alloc(nodes.size());
+        for (const auto& node : nodes)
+            children.Add(ItemOf(node.get()));
+        return static_cast<unsigned int>(nodes.size());
+    }
+
+private:
+    const NewsTree& tree_;
+    std::array<wxBitmapBundle, 6> icons_; // by TreeImage
+};
+
+NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks)
+    : wxDataViewCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+        wxDV_SINGLE | wxDV_NO_HEADER | wxBORDER_THEME, wxDefaultValidator, "tv"),
+      tree_(tree),
+      clicks_(clicks),
+      model_(new Model(tree)),
+      placeTimer_(this)
+{
+    AssociateModel(model_.get());
+    auto* renderer
+        = new wxDataViewIconTextRenderer("wxDataViewIconText", wxDATAVIEW_CELL_INERT, wxALIGN_LEFT);
+    auto* column = new wxDataViewColumn(wxString(), renderer, 0, wxCOL_WIDTH_AUTOSIZE, wxALIGN_LEFT, 0);
+    AppendColumn(column);
+    SetExpanderColumn(column);
+    SetFont(GetFont().Scaled(kFontScale));
+    ShowScrollBars(*this);
+    IgnoreLetters(*this);
+    BindEvents();
+    tree_.Attach(this);
+}
+
+NewsTreeView::~NewsTreeView()
+{
+    tree_.Attach(nullptr);
+}
+
+void NewsTreeView::RootAdded(const NewsNode& root)
+{
+    model_->ItemAdded({}, ItemOf(&root));
+}
+
+void NewsTreeView::BranchReplaced(const NewsNode& /*root*/)
+{
+    // Cleared() costs a fraction of removing and adding the rows, but the view then forgets how it stood.
+    const Showing showing(showing_);
+    KeepPlace();
+    model_->Cleared();
+    for (const auto& root : tree_.Roots()) {
+        if (root->Expanded())
+            Expand(ItemOf(root.get()));
+    }
+    ShowSelection();
+    if (place_)
+        ScrollTo(*this, PlaceNow());
+}
+
+// Until the toolkit has measured and laid out the new rows, which takes it some frames, the view does not say
+// where it stands, and the next merge of a check comes before; so the place that was kept first counts.
+void NewsTreeView::KeepPlace()
+{
+    constexpr int kUntilRest = 300; // milliseconds
+    const NewsNode* top = NodeOf(GetTopItem());
+    if (!place_ && top != nullptr) {
+        const bool isItem = top->Parent() != nullptr;
+        place_ = Place{isItem ? top->Parent()->Key() : top->Key(),
+            isItem ? std::optional(Hold(*top)) : std::nullopt, HiddenPartOfTopRow(*this)};
+    }
+    RestorePlaceWhenIdle(false);
+    placeTimer_.StartOnce(kUntilRest);
+}
+
+void NewsTreeView::RestorePlaceWhenIdle(bool forTheLastTime)
+{
+    CallWhenIdle([view = wxWeakRef<NewsTreeView>(this), forTheLastTime] {
+        if (view && wxGetMouseState().LeftIsDown())
+            view->place_.reset(); // the user may hold the scroll bar
+        if (!view || !view->place_)
+            return;
+        ScrollTo(*view, view->PlaceNow(), view->place_->hidden);
+        if (forTheLastTime && !view->placeTimer_.IsRunning())
+            view->place_.reset();
+    });
+}
+
+// The row of the story kept, or the place where it stood when it has gone.
+ListRow NewsTreeView::PlaceNow() const
+{
+    const NewsNode* root = tree_.Find(place_->root);
+    ListRow row{IndexOf(tree_.Roots(), root)};
+    const int items = static_cast<int>(root->Children().size());
+    if (!place_->item || items == 0)
+        return row;
+    const NewsNode* same = tree_.Find(*place_->item);
+    row.child = same != nullptr ? IndexOf(root->Children(), same)
+                                : std::clamp(ItemNumber(place_->item->key), 1, items) - 1;
+    return row;
+}
+
+void NewsTreeView::NodeChanged(const NewsNode& node)
+{
+    model_->ItemChanged(ItemOf(&node));
+}
+
+void NewsTreeView::ExpandedChanged(const NewsNode& node)
+{
+    if (showing_)
+        return;
+    const Showing showing(showing_);
+    if (node.Expanded())
+        Expand(ItemOf(&node));
+    else
+        Collapse(ItemOf(&node));
+}
+
+void NewsTreeView::SelectionChanged()
+{
+    if (showing_)
+        return;
+    const Showing showing(showing_);
+    ShowSelection();
+}
+
+void NewsTreeView::ShowSelection()
+{
+    if (tree_.SelectedItem() == nullptr) {
+        UnselectAll();
+        return;
+    }
+    Select(ItemOf(tree_.SelectedItem()));
+    SetCurrentItem(ItemOf(tree_.SelectedItem()));
+}
+
+void NewsTreeView::BindEvents()
+{
+    Bind(wxEVT_DATAVIEW_SELECTION_CHANGED, [this](wxDataViewEvent&) {
+        // In passing, a press with the right button reports that nothing is selected.
+        if (const wxDataViewItem item = GetSelection(); item.IsOk() && !showing_) {
+            const Showing showing(showing_);
+            tree_.Select(NodeOf(item));
+        }
+    });
+    const auto toggled = [this](wxDataViewEvent& event, bool expanded) {
+        if (showing_)
+            return;
+        const Showing showing(showing_);
+        tree_.SetExpanded(*NodeOf(event.GetItem()), expanded);
+    };
+    Bind(wxEVT_DATAVIEW_ITEM_EXPANDED, [toggled](wxDataViewEvent& event) { toggled(event, true); });
+    Bind(wxEVT_DATAVIEW_ITEM_COLLAPSED, [toggled](wxDataViewEvent& event) { toggled(event, false); });
+    Bind(wxEVT_LEFT_UP, &NewsTreeView::OnLeftUp, this);
+    Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, [this](wxDataViewEvent& event) {
+        if (NewsNode* node = NodeOf(event.GetItem()); node != nullptr && node->Parent() == nullptr)
+            tree_.SetExpanded(*node, !node->Expanded());
+    });
+    Bind(wxEVT_DATAVIEW_ITEM_CONTEXT_MENU, [this](wxDataViewEvent&) {
+        {
+            const Showing showing(showing_);
+            ShowSelection(); // the press has selected the row, and the focus is to go with it
+        }
+        Click(TreeClicks::kRightButton);
+    });
+    Bind(wxEVT_TIMER, [this](wxTimerEvent&) { RestorePlaceWhenIdle(true); });
+    // What the user does moves the list from where it was kept.
+    Bind(wxEVT_MOUSEWHEEL, [this](wxMouseEvent& event) {
+        event.Skip();
+        place_.reset();
+    });
+    Bind(wxEVT_KEY_DOWN, &NewsTreeView::OnKey, this);
+    Bind(wxEVT_MOTION, &NewsTreeView::OnMotion, this);
+}
+
+void NewsTreeView::OnLeftUp(wxMouseEvent& event)
+{
+    event.Skip();
+    // The selection is the view's own business and settled only afterwards.
+    if (IsOnRow(event.GetPosition()))
+        CallAfter([this] { Click(TreeClicks::kLeftButton); });
+}
+
+// The arrow of a branch, left of its caption, is no part of its row, and neither is the empty area.
+bool NewsTreeView::IsOnRow(const wxPoint& position) const
+{
+    wxDataViewItem item;
+    wxDataViewColumn* column = nullptr;
+    HitTest(position, item, column);
+    return item.IsOk() && (NodeOf(item)->Parent() != nullptr || position.x >= GetItemRect(item, column).x);
+}
+
+void NewsTreeView::ShowPopup(wxMenu& menu)
+{
+    UnsetToolTip(); // one that is about to show would lie over the menu
+    if (byKey_)
+        OpenPopupAt(menu, *this, GetItemRect(GetSelection(), GetColumn(0)));
+    else
+        OpenPopup(menu, *this);
+}
+
+// Shows the whole text of the row under the pointer, which the narrow tree cuts.
+void NewsTreeView::OnMotion(wxMouseEvent& event)
+{
+    event.Skip();
+    wxDataViewItem item;
+    wxDataViewColumn* column = nullptr;
+    HitTest(event.GetPosition(), item, column);
+    const wxString text
+        = item.IsOk() ? wxString::FromUTF8(OneLine(NodeOf(item)->Text(), kLongestText)) : wxString();
+    if (text != GetToolTipText())
+        SetToolTip(text);
+}
+
+void NewsTreeView::OnKey(wxKeyEvent& event)
+{
+    place_.reset();
+    const int key = event.GetKeyCode();
+    if (key == 'F' && event.ControlDown())
+        return; // opens the toolkit's search, see IgnoreLetters()
+    const bool menu = key == WXK_WINDOWS_MENU || key == WXK_MENU || (key == WXK_F10 && event.ShiftDown());
+    if (key == WXK_RETURN || key == WXK_NUMPAD_ENTER || key == WXK_SPACE)
+        Click(TreeClicks::kLeftButton);
+    else if (menu) {
+        byKey_ = true;
+        Click(TreeClicks::kRightButton);
+        byKey_ = false;
+    } else if (!ToggleBranch(key))
+        event.Skip();
+}
+
+// Left closes the branch of the selected node or goes up to it, right opens it.
+bool NewsTreeView::ToggleBranch(int key)
+{
+    NewsNode* node = tree_.SelectedItem();
+    if (node == nullptr || (key != WXK_LEFT && key != WXK_RIGHT))
+        return false;
+    if (node->Parent() == nullptr)
+        tree_.SetExpanded(*node, key == WXK_RIGHT);
+    else if (key == WXK_LEFT)
+        tree_.Select(tree_.Find(node->Parent()->Key()));
+    return true;
+}
+
+void NewsTreeView::Click(std::int16_t button)
+{
+    clicks_.tv_MouseDown(button);
+    clicks_.tv_Click();
+}
+
+} // namespace vantro

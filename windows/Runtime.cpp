@@ -1,0 +1,38 @@
+#include "windows/Runtime.h"
+
+#include "base/BuildSettings.h"
+#include "base/modMain.h"
+
+namespace vantro {
+
+namespace {
+
+// Feed servers like to know who asks.
+std::string UserAgent()
+{
+    return std::string(ProductName) + "/" + std::to_string(kBuildSettings.versionMajor) + "."
+        + std::to_string(kBuildSettings.versionMinor) + "." + std::to_string(kBuildSettings.versionRevision);
+}
+
+} // namespace
+
+Runtime::Runtime(std::function<void()> wake)
+    : hosts(ReadHostsFile(ConfigFolder() / "vantro.ini")),
+      store(DataFolder() / "registry.db"),
+      registry(store),
+      folder(CacheFolder()),
+      reader(std::move(wake), {}, UserAgent(), AskDesktopForProxies)
+{
+}
+
+std::string Runtime::StartNotice() const
+{
+    std::string notice;
+    for (const std::string& sentence : {store.Notice(), folder.Failure(), hosts.notice}) {
+        if (!sentence.empty())
+            notice += (notice.empty() ? "" : " ") + sentence;
+    }
+    return notice;
+}
+
+} // namespace vantro

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "feeds/SiteModule.h"
+#include "platform/AsyncRead.h"
+#include "platform/HostsFile.h"
+#include "platform/Paths.h"
+#include "platform/RegistryStore.h"
+#include "settings/modRegistry.h"
+#include "toolkit/WxEventPump.h"
+
+#include <functional>
+#include <string>
+
+namespace vantro {
+
+// The running parts below the windows, in start order: what is listed first is opened first and closed last.
+class Runtime {
+public:
+    // `wake` as for AsyncRead.
+    explicit Runtime(std::function<void()> wake);
+
+    FeedHosts hosts;
+    RegistryStore store;
+    modRegistry registry;
+    NewsTree tree;
+    RunFolder folder;
+    WxEventPump pump;
+    AsyncRead reader; // joins its thread before the rest goes
+
+    // What the user should know about how the start went, in sentences; usually empty.
+    [[nodiscard]] std::string StartNotice() const;
+};
+
+} // namespace vantro

@@ -1,0 +1,60 @@
+#include "windows/VantroApp.h"
+
+#include "platform/IdleCall.h"
+#include "platform/Paths.h"
+#include "windows/frmMain.h"
+
+#include <wx/log.h>
+
+namespace vantro {
+
+// The program has no command line: the base class, which would read one, is not called.
+bool VantroApp::OnInit()
+{
+    SetAppName("vantro");
+    SetAppDisplayName("Vantro");
+    delete wxLog::SetActiveTarget(new wxLogStderr); // the default one opens boxes
+    // First of all, as it is to be made before there are threads.
+    endRequests_ = std::make_unique<EndRequests>([this] {
+        if (window_)
+            window_->Close(true);
+    });
+    instance_ = std::make_unique<SingleInstance>(DataFolder(), [this] {
+        if (window_)
+            window_->BringToFront();
+    });
+    if (!instance_->IsFirst())
+        return true; // nothing to run, and nothing went wrong
+    // The window paints between the ends of two downloads.
+    runtime_ = std::make_unique<Runtime>([this] { CallSoon([this] { runtime_->reader.Deliver(); }); });
+    window_ = new frmMain(*runtime_);
+    window_->Form_Load();
+    CallWhenIdle([this] { endRequests_->WatchSession(); });
+    return true;
+}
+
+int VantroApp::OnRun()
+{
+    return instance_->IsFirst() ? wxApp::OnRun() : 0;
+}
+
+void VantroApp::WakeUpIdle()
+{
+    wxApp::WakeUpIdle();
+    if (isWoken_.exchange(true))
+        return;
+    CallSoon([this] {
+        isWoken_ = false;
+        ProcessPendingEvents();
+    });
+}
+
+int VantroApp::OnExit()
+{
+    runtime_.reset();
+    instance_.reset();
+    (void)endRequests_.release(); // for good: a signal that comes now finds the program ending already
+    return wxApp::OnExit();
+}
+
+} // namespace vantro

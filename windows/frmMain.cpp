@@ -1,0 +1,278 @@
+#include "windows/frmMain.h"
+
+#include "base/TextCoding.h"
+#include "base/modMain.h"
+#include "downloader/SavedForm.h"
+#include "feeds/InformationPages.h"
+#include "feeds/ReadMarks.h"
+#include "feeds/SiteModules.h"
+#include "settings/modRegistry.h"
+#include "shell/StartUp.h"
+#include "toolkit/ModalInput.h"
+#include "windows/Icons.h"
+#include "windows/bkDLControl.h"
+
+#include <string>
+#include <wx/app.h>
+#include <wx/menu.h>
+#include <wx/panel.h>
+#include <wx/sizer.h>
+#include <wx/statusbr.h>
+
+namespace vantro {
+
+namespace {
+
+constexpr std::size_t kLongestMessage = 300; // characters in the status bar
+
+} // namespace
+
+frmMain::frmMain(Runtime& runtime)
+    : wxFrame(nullptr, wxID_ANY, {}, wxDefaultPosition, wxDefaultSize, wxDEFAULT_FRAME_STYLE, "frmMain"),
+      runtime_(runtime),
+      clicks_(runtime.tree,
+          {[this](const SiteModule& module, const std::string& key) { ShowPage(module, key); },
+              [this](bool markRead, bool markUnread) { ShowPopup(markRead, markUnread); },
+              [this](const std::string& text) {
+                  messages_.Show({"click", std::string(ProductName), text});
+              }}),
+      messages_(this),
+      tmrDownload_(this),
+      tv_(new NewsTreeView(this, runtime.tree, clicks_)),
+      picDownload_(
+          new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "picDownload")),
+      download_{MakeDownload(picDownload_, "download(0)"), MakeDownload(picDownload_, "download(1)"),
+          MakeDownload(picDownload_, "download(2)")},
+      Vantro_Download_(MakeDownload(this, "Vantro_Download")),
+      webPlace_(new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "webPlace"))
+{
+    Vantro_Download_->Hide();
+    webPlace_->SetBackgroundColour(*wxWHITE);
+    webPlace_->SetSizer(new wxBoxSizer(wxVERTICAL));
+    SetIcons(ProgramIcons());
+    CreateStatusBar(1, wxSTB_DEFAULT_STYLE, wxID_ANY, "sBar");
+    SetStatusBarPane(-1); // menus would put their help, which they do not have, over what stands there
+    MakeMenus();
+    refresh_ = std::make_unique<RefreshCycle>(Services(),
+        RefreshCycle::Controls{Vantro_Download_->Engine(),
+            {&download_[0]->Engine(), &download_[1]->Engine(), &download_[2]->Engine()}},
+        runtime_.hosts, runtime_.folder.Path(), tmrDownload_,
+        RefreshCycle::Outlets{
+            [this](int index, const std::string& text) {
+                messages_.Show({"download " + std::to_string(index), std::string(ProductName), text});
+            },
+            [this](const std::string& text) { SayMine(countdown_, text); }});
+    BindEvents();
+}
+
+// The parts of this class go before the child windows; nothing may reach them any more.
+frmMain::~frmMain()
+{
+    tmrDownload_.Stop();
+}
+
+bkDLControl* frmMain::MakeDownload(wxWindow* parent, std::string_view name)
+{
+    auto* control = new bkDLControl(parent, runtime_.reader, runtime_.pump);
+    control->SetName(wxString::FromUTF8(name.data(), name.size()));
+    control->ReadProperties(SavedProperties("frmMain", name));
+    control->ShowStartFailure = [this, subject = "start of " + std::string(name)](
+                                    const std::string& title, const std::string& text) {
+        messages_.Show({subject, title, text, true});
+    };
+    return control;
+}
+
+void frmMain::MakeMenus()
+{
+    auto* menu = new wxMenu;
+    menu->Append(mnuSettings, "&Settings");
+    menu->AppendSeparator();
+    menu->Append(mnuHelp, "&Help");
+    menu->AppendSeparator();
+    menu->Append(mnudonations, "&Donations");
+    menu->Append(mnuAbout1, "&About");
+    auto* bar = new wxMenuBar;
+    bar->Append(menu, "&Menu");
+    SetMenuBar(bar);
+
+    mnuPopup_ = std::make_unique<wxMenu>();
+    mnuPopup_->Append(mnuMarkRead, "Mark as Read");
+    mnuPopup_->Append(mnuMarkUnread, "Mark as Unread");
+    mnuPopup_->AppendSeparator();
+    mnuPopup_->Append(mnuRefresh, "Update News Lists");
+    mnuPopup_->AppendSeparator();
+    mnuPopup_->Append(mnuHelp1, "Help");
+    mnuPopup_->AppendSeparator();
+    mnuPopup_->Append(mnudonations1, "Donations");
+    mnuPopup_->Append(mnuAbout, "About");
+}
+
+void frmMain::BindEvents()
+{
+    const auto on = [this](std::initializer_list<int> ids, std::function<void()> action) {
+        for (const int id : ids)
+            Bind(
+                wxEVT_MENU, [action](wxCommandEvent&) { action(); }, id);
+    };
+    const auto page = [this](void (*show)(PageDisplay&)) {
+        return [this, show] {
+            if (display_)
+                show(*display_);
+        };
+    };
+    on({mnuSettings}, [this] { mnuSettings_Click(); });
+    on({mnuHelp, mnuHelp1}, page(ShowHelpPage));
+    on({mnudonations, mnudonations1}, page(ShowDonationsPage));
+    on({mnuAbout, mnuAbout1}, page(ShowAboutPage));
+    on({mnuMarkRead}, [this] { MarkPopupItem(MarkRead); });
+    on({mnuMarkUnread}, [this] { MarkPopupItem(MarkUnread); });
+    on({mnuRefresh}, [this] { refresh_->StartFeedDownloads(); });
+    Bind(
+        wxEVT_TIMER, [this](wxTimerEvent&) { refresh_->tmrDownload_Timer(); }, tmrDownload_.GetId());
+    Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { Form_Unload(); });
+    HearCloseRequests(*this);
+}
+
+void frmMain::Form_Load()
+{
+    HookMainWindow(*this);
+    InitGlobals();
+    InitMainWindow();
+    tv_->SetFocus();
+    Show();
+    // The browser takes its time to come up; the window is there meanwhile.
+    CallAfter(&frmMain::LoadPages);
+}
+
+void frmMain::InitGlobals()
+{
+    runtime_.registry.CreateRegKey(RegRoot, RegPath);
+    SetTitle(wxString::FromUTF8(ProductName.data(), ProductName.size()));
+}
+
+void frmMain::InitMainWindow()
+{
+    RestoreWindowSize(ThisForm(), kDefaultWindowWidth, kDefaultWindowHeight);
+    RestoreWindowPosition(ThisForm());
+    layout_ = LayOutMainWindowAtStart(*this, Parts());
+    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        event.Skip();
+        LayOutMainWindow(*this, Parts(), layout_);
+    });
+    LayOutMainWindow(*this, Parts(), layout_);
+    AddSiteRoots(runtime_.tree);
+}
+
+void frmMain::LoadPages()
+{
+    if (unloaded_)
+        return;
+    web_ = std::make_unique<Browser>(
+        webPlace_, [this] { display_->BrowserLost(); },
+        BrowserSettings{.say = [this](const std::string& sentence) { SayMine(ofThePage_, sentence); }});
+    webPlace_->GetSizer()->Add(web_->Window(), 1, wxEXPAND);
+    webPlace_->Layout();
+    display_ = std::make_unique<PageDisplay>(*web_, Services(), runtime_.folder.Path());
+    ShowAboutPage(*display_);
+
+    LoadStoredItems(Services());
+    web_->SetSilent(true);
+    Update(); // the window paints before the network starts
+    if (runtime_.registry.ReadRegValue(RegRoot, RegPath, "Check At Startup") == 1)
+        refresh_->StartFeedDownloads();
+    RefreshAllSiteCounts(Services());
+    refresh_->StartRefreshTimer();
+    if (!runtime_.tree.Roots().empty()) {
+        NewsNode& first = *runtime_.tree.Roots().front();
+        runtime_.tree.Select(&first);
+        runtime_.tree.SetExpanded(first, false);
+    }
+    if (const std::string notice = runtime_.StartNotice(); !notice.empty())
+        Say(notice);
+}
+
+void frmMain::Form_Unload()
+{
+    if (std::exchange(unloaded_, true))
+        return;
+    UnhookMainWindow(*this);
+    if (const auto failure = runtime_.registry.StoreTogether([this] {
+            SaveWindowPosition(ThisForm());
+            SaveWindowSize(ThisForm());
+        }))
+        Say("The place of the window could not be stored: " + *failure);
+    if (options_)
+        options_->Close(true);
+    tmrDownload_.Stop();
+    Destroy();
+    wxWakeUpIdle(); // which destroys it: a window out of sight gets no events that would
+}
+
+void frmMain::mnuSettings_Click()
+{
+    if (!options_)
+        options_ = new frmOptions(
+            this, runtime_.registry, [this] { refresh_->StartRefreshTimer(); },
+            [this] { refresh_->StopRefreshTimer(); }, [this](const std::string& text) { Say(text); });
+    options_->Show();
+    options_->Raise();
+}
+
+void frmMain::ShowPopup(bool markRead, bool markUnread)
+{
+    mnuPopup_->Enable(mnuMarkRead, markRead);
+    mnuPopup_->Enable(mnuMarkUnread, markUnread);
+    tv_->ShowPopup(*mnuPopup_);
+}
+
+void frmMain::MarkPopupItem(void (*mark)(const FeedServices&, NewsNode&))
+{
+    if (NewsNode* item = clicks_.PopupItem())
+        mark(Services(), *item);
+}
+
+void frmMain::ShowPage(const SiteModule& module, const std::string& nodeKey)
+{
+    if (display_)
+        module.ShowItemPage(*display_, nodeKey, [this, &module] { module.UpdateSiteCounts(Services()); });
+}
+
+void frmMain::BringToFront()
+{
+    Iconize(false);
+    Show();
+    Raise();
+}
+
+void frmMain::Say(const std::string& text)
+{
+    GetStatusBar()->SetStatusText(wxString::FromUTF8(OneLine(text, kLongestMessage)));
+}
+
+void frmMain::SayMine(wxString& mine, const std::string& text)
+{
+    if (!text.empty())
+        Say(text);
+    else if (!mine.empty() && GetStatusBar()->GetStatusText() == mine)
+        Say({});
+    mine = text.empty() ? wxString() : GetStatusBar()->GetStatusText();
+}
+
+FeedServices frmMain::Services()
+{
+    return {runtime_.store, runtime_.registry, runtime_.tree, [this] { Update(); },
+        [this](const std::string& text) { Say(text); }};
+}
+
+Form frmMain::ThisForm()
+{
+    return {*this, "frmMain", runtime_.registry};
+}
+
+MainWindowParts frmMain::Parts()
+{
+    return {*tv_, *picDownload_, {download_[0], download_[1], download_[2]}, *webPlace_};
+}
+
+} // namespace vantro

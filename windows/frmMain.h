@@ -1,0 +1,109 @@
+#pragma once
+
+#include "feeds/PageDisplay.h"
+#include "shell/RefreshCycle.h"
+#include "shell/TreeClicks.h"
+#include "toolkit/Browser.h"
+#include "windows/MessageBoxes.h"
+#include "windows/NewsTreeView.h"
+#include "windows/Runtime.h"
+#include "windows/frmOptions.h"
+#include "windows/modFrmCtrl.h"
+
+#include <array>
+#include <memory>
+#include <wx/frame.h>
+#include <wx/timer.h>
+#include <wx/weakref.h>
+
+class wxMenu;
+class wxPanel;
+
+namespace vantro {
+
+class bkDLControl;
+
+// The main window: the news tree, the browser, the download strips, the status bar and the menus.
+class frmMain final : public wxFrame {
+public:
+    // What the menu entries send as wxEVT_MENU.
+    enum MenuId : int {
+        mnuSettings = wxID_HIGHEST + 1,
+        mnuHelp,
+        mnudonations,
+        mnuAbout1,
+        mnuMarkRead,
+        mnuMarkUnread,
+        mnuRefresh,
+        mnuHelp1,
+        mnudonations1,
+        mnuAbout,
+    };
+
+    // `runtime` outlives the window. Form_Load() is to follow.
+    explicit frmMain(Runtime& runtime);
+    ~frmMain() override;
+
+    // The start-up: brings the window onto the screen and returns; what needs the browser follows from the
+    // event loop.
+    void Form_Load();
+    // To the front, also when it was minimised.
+    void BringToFront();
+
+private:
+    class Timer final : public wxTimer, public MinuteTimer {
+    public:
+        using wxTimer::wxTimer;
+        void Enable(std::chrono::milliseconds interval) override
+        {
+            Start(static_cast<int>(interval.count()));
+        }
+        void Disable() override { Stop(); }
+    };
+
+    // Start-up and shutdown, in the order in which they run.
+    void InitGlobals();
+    void InitMainWindow();
+    void LoadPages();
+    void Form_Unload();
+
+    [[nodiscard]] bkDLControl* MakeDownload(wxWindow* parent, std::string_view name);
+    void MakeMenus();
+    void BindEvents();
+    [[nodiscard]] Form ThisForm();
+    [[nodiscard]] MainWindowParts Parts();
+
+    void mnuSettings_Click();
+    void MarkPopupItem(void (*mark)(const FeedServices&, NewsNode&));
+    void ShowPopup(bool markRead, bool markUnread);
+    void ShowPage(const SiteModule& module, const std::string& nodeKey);
+
+    void Say(const std::string& text);
+    // Says `text`, which is `mine`, or takes it back when it is empty and nothing else has been said since.
+    void SayMine(wxString& mine, const std::string& text);
+    [[nodiscard]] FeedServices Services();
+
+    Runtime& runtime_;
+    TreeClicks clicks_;
+    MessageBoxes messages_;
+    Timer tmrDownload_;
+    std::unique_ptr<wxMenu> mnuPopup_;
+
+    // Children, owned by the window library.
+    NewsTreeView* tv_;
+    wxPanel* picDownload_;
+    std::array<bkDLControl*, 3> download_;
+    bkDLControl* Vantro_Download_;
+    wxPanel* webPlace_; // holds the browser once that exists
+    wxWeakRef<frmOptions> options_;
+    StartLayout layout_;
+
+    std::unique_ptr<RefreshCycle> refresh_;
+    std::unique_ptr<Browser> web_; // from LoadPages() on
+    std::unique_ptr<PageDisplay> display_; // goes before the browser it uses
+    wxString countdown_; // as it was shown last
+    wxString ofThePage_; // what was said of the page shown
+    bool unloaded_ = false;
+};
+
+} // namespace vantro
