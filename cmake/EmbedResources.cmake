@@ -1,5 +1,5 @@
 # Compiles every file below DIRECTORY into the program, addressed by folder ("XBINS") and file name without its
-# ending ("LOGO"). SOURCE_VARIABLE receives the generated assembly file; platform/Resources.cpp reads its table.
+# ending ("LOGO"). SOURCE_VARIABLE receives the generated assembly file; base/Resources.cpp reads its table.
 enable_language(ASM)
 
 function(embed_resources DIRECTORY SOURCE_VARIABLE)
