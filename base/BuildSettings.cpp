@@ -1,9 +1,16 @@
 #include "base/BuildSettings.h"
 
+#include <array>
+
 namespace vantro {
 
-constinit const BuildSettings kBuildSettings{VANTRO_VERSION_MAJOR, VANTRO_VERSION_MINOR,
-    VANTRO_VERSION_REVISION, VANTRO_HOST_VANTRO, VANTRO_HOST_XBINS, VANTRO_HOST_XBOXSCENE,
-    VANTRO_HOST_MAXCONSOLE};
+namespace {
+
+constexpr auto kHosts = std::to_array<BuildHost>({VANTRO_HOSTS{}});
+
+} // namespace
+
+constinit const BuildSettings kBuildSettings{
+    VANTRO_VERSION_MAJOR, VANTRO_VERSION_MINOR, VANTRO_VERSION_REVISION, kHosts};
 
 } // namespace vantro

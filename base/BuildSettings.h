@@ -1,19 +1,22 @@
 #pragma once
 
+#include <span>
 #include <string_view>
 
 namespace vantro {
+
+// The base address that the build gives the feed of a site, without a slash at its end.
+struct BuildHost {
+    std::string_view key; // the site's identifier
+    std::string_view address;
+};
 
 // What was decided when the program was configured for building.
 struct BuildSettings {
     int versionMajor;
     int versionMinor;
     int versionRevision;
-    // Base addresses of the feeds, without a slash at the end.
-    std::string_view hostVantro;
-    std::string_view hostXbins;
-    std::string_view hostXboxScene;
-    std::string_view hostMaxConsole;
+    std::span<const BuildHost> hosts; // of the sites that are not to have the address of their row
 };
 
 extern const BuildSettings kBuildSettings;

@@ -4,7 +4,7 @@
 #include "bench/BenchFeed.h"
 #include "feeds/ItemTag.h"
 #include "feeds/PageDisplay.h"
-#include "feeds/SiteModules.h"
+#include "feeds/SiteOperations.h"
 #include "settings/modRegistry.h"
 #include "toolkit/Browser.h"
 
@@ -107,12 +107,12 @@ public:
     {
         registry_.CreateRegKey(RegRoot, RegPath);
         AddSiteRoots(tree_);
-        for (const SiteModule* module : SiteModules()) {
+        for (const Site* site : Sites()) {
             std::ofstream(folder_ / "feed.xml")
                 << ReplaceAll(ReplaceAll(MakeFeed(0, kItems), "pubDate",
-                                  module->Row().identifier == "XBINS" ? "releasedate" : "date"),
+                                  site->identifier == "XBINS" ? "releasedate" : "date"),
                        "category", "homepage");
-            module->MergeFeed(Services(), folder_ / "feed.xml");
+            MergeFeed(*site, Services(), folder_ / "feed.xml");
         }
         frame_->SetSizer(new wxBoxSizer(wxVERTICAL));
         frame_->GetSizer()->Add(browser_.Window(), 1, wxEXPAND);
@@ -132,8 +132,8 @@ public:
         std::vector<double> own;
         int clicks = 0;
         for (int item = 1; item <= kItems; ++item) {
-            for (const SiteModule* module : SiteModules()) {
-                const auto [all, ours] = Click(*module, item);
+            for (const Site* site : Sites()) {
+                const auto [all, ours] = Click(*site, item);
                 if (++clicks <= kGroundUp) {
                     std::printf("click %d, from cold: %.2f ms\n", clicks, all);
                     continue;
@@ -164,13 +164,13 @@ private:
         std::fprintf(stderr, "%s\n", sentence.c_str());
         std::abort();
     }
-    std::pair<double, double> Click(const SiteModule& module, int item)
+    std::pair<double, double> Click(const Site& site, int item)
     {
         bool shown = false;
         const auto start = Clock::now();
         own_.Run([&] {
-            module.ShowItemPage(display_, std::string(module.Row().prefix) + std::to_string(item), [&] {
-                module.UpdateSiteCounts(Services());
+            ShowItemPage(site, display_, std::string(site.prefix) + std::to_string(item), [&] {
+                UpdateSiteCounts(site, Services());
                 shown = true;
             });
         });

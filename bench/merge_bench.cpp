@@ -1,8 +1,7 @@
 // How long a whole merge takes: file, store on disk and tree, against what the program promises.
 
 #include "bench/BenchFeed.h"
-#include "feeds/SiteModules.h"
-#include "feeds/modMAXCONSOLE.h"
+#include "feeds/SiteOperations.h"
 #include "settings/modRegistry.h"
 
 #include <algorithm>
@@ -42,7 +41,7 @@ public:
         std::ofstream(file, std::ios::binary) << feeds_[next_];
         next_ = 1 - next_;
         const auto start = std::chrono::steady_clock::now();
-        modMAXCONSOLE.MergeFeed({store_, registry_, tree_, [] {}, Fail}, file);
+        MergeFeed(modMAXCONSOLE, {store_, registry_, tree_, [] {}, Fail}, file);
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     }
 

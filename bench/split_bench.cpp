@@ -1,7 +1,7 @@
 // Taking the items out of a feed, next to three XML parsers that read the same elements of the same items.
 
 #include "bench/BenchFeed.h"
-#include "feeds/SiteModule.h"
+#include "feeds/SiteOperations.h"
 #include "feeds/modXML.h"
 
 #include <benchmark/benchmark.h>
@@ -32,7 +32,7 @@ struct Found {
 Found ReadOurs(std::string_view feed)
 {
     Found found;
-    for (const std::string_view item : SplitItems(feed, SiteModule::kMostItems)) {
+    for (const std::string_view item : SplitItems(feed, kMostItems)) {
         ++found.items;
         for (const char* element : kElements)
             found.fields += ExtractTag(element, item).empty() ? 0 : 1;

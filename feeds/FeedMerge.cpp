@@ -1,6 +1,6 @@
 #include "feeds/ItemStore.h"
 #include "feeds/MergePlan.h"
-#include "feeds/SiteModule.h"
+#include "feeds/SiteOperations.h"
 #include "feeds/modXML.h"
 #include "platform/Files.h"
 
@@ -17,9 +17,9 @@ struct FeedItems {
 
 FeedItems TakeItems(const Site& site, std::string_view feedText)
 {
-    std::vector<std::string_view> texts = SplitItems(feedText, SiteModule::kMostItems + 1);
+    std::vector<std::string_view> texts = SplitItems(feedText, kMostItems + 1);
     FeedItems items;
-    items.thereWereMore = texts.size() > SiteModule::kMostItems;
+    items.thereWereMore = texts.size() > kMostItems;
     if (items.thereWereMore)
         texts.pop_back();
     items.taken.reserve(texts.size());
@@ -90,18 +90,18 @@ Merged Merge(const Site& site, const FeedServices& services, const std::vector<F
 
 } // namespace
 
-void SiteModule::MergeFeed(const FeedServices& services, const std::filesystem::path& file) const
+void MergeFeed(const Site& site, const FeedServices& services, const std::filesystem::path& file)
 {
-    const std::optional<FeedItems> items = ReadItems(site_, services, file);
-    const Merged merged = items ? Merge(site_, services, items->taken) : Merged::NothingNew;
+    const std::optional<FeedItems> items = ReadItems(site, services, file);
+    const Merged merged = items ? Merge(site, services, items->taken) : Merged::NothingNew;
     DeleteFileIfExists(file);
     if (items && items->thereWereMore && merged != Merged::NotStored) {
         const std::string most = std::to_string(kMostItems);
-        services.say(std::string(site_.displayName) + " sent more than " + most + " items; the first " + most
+        services.say(std::string(site.displayName) + " sent more than " + most + " items; the first " + most
             + " were taken.");
     }
     if (merged == Merged::NewList)
-        UpdateSiteCounts(services);
+        UpdateSiteCounts(site, services);
 }
 
 } // namespace vantro

@@ -16,10 +16,10 @@
 
 namespace vantro {
 
-void SiteModule::ShowItemPage(
-    PageDisplay& display, std::string_view nodeKey, std::function<void()> shown) const
+void ShowItemPage(
+    const Site& site, PageDisplay& display, std::string_view nodeKey, std::function<void()> shown)
 {
-    display.ShowItemPage(site_, nodeKey, std::move(shown));
+    display.ShowItemPage(site, nodeKey, std::move(shown));
 }
 
 PageDisplay::PageDisplay(PageBrowser& browser, FeedServices services, std::filesystem::path folder)
@@ -170,7 +170,7 @@ std::string PageDisplay::ValueOf(const Replacement& step, const Values& values) 
     case PageValue::Version: return VersionLine;
     case PageValue::MainFrame: return std::string(kMainFrame);
     case PageValue::ExternalTarget:
-        return IsOn(step.argument)
+        return IsOn(request_.page->externalOption)
             ? std::string(request_.page->externalPrefix) + std::to_string(ItemNumber(request_.item->key))
             : std::string(kMainFrame);
     case PageValue::FileOf: return DisplayAddress(newest_).OfFile(step.argument);

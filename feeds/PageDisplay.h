@@ -1,7 +1,7 @@
 #pragma once
 
 #include "feeds/FeedDate.h"
-#include "feeds/SiteModule.h"
+#include "feeds/SiteOperations.h"
 #include "web/PageBrowser.h"
 
 #include <cstdint>

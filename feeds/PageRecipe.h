@@ -11,7 +11,7 @@ enum class PageValue : std::uint8_t {
     Stored, // the item's stored value named by `argument`, exactly as stored; dates in the user's words
     Version, // the program's version line
     MainFrame, // the name of the bottom frame
-    ExternalTarget, // a target outside the page when the option `argument` is on, else the bottom frame
+    ExternalTarget, // a target outside the page when `externalOption` is on, else the bottom frame
     FileOf // the address under which the browser finds the page file `argument`
 };
 
@@ -55,6 +55,7 @@ struct PageRecipe {
 
     // Of item pages only.
     std::span<const PageField> fields = {};
+    std::string_view externalOption = {};
     std::string_view externalPrefix = {}; // in front of the item's number in an external target
     std::string_view emptyLink = {}; // a "Link" of this address, in any letter case, counts as empty
     std::string_view autoLinkOption = {}; // when on, the bottom frame goes to the "Link" by itself

@@ -2,7 +2,7 @@
 
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
-#include "feeds/SiteModules.h"
+#include "feeds/SiteOperations.h"
 
 namespace vantro {
 
@@ -10,10 +10,10 @@ namespace {
 
 void Mark(const FeedServices& services, NewsNode& node, ItemState state)
 {
-    if (const SiteModule* module = FindSiteModule(node.Key())) {
+    if (const Site* site = FindSite(node.Key())) {
         // A batch of one write, because a batch tells whether it was stored.
         RegistryStore::Batch batch(services.store);
-        ItemStore(services.registry, module->Row()).WriteTag(ItemNumber(node.Key()), state.tag);
+        ItemStore(services.registry, *site).WriteTag(ItemNumber(node.Key()), state.tag);
         if (const auto failure = batch.Commit()) {
             services.say("The read mark could not be stored: " + *failure);
             return;

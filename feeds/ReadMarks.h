@@ -1,6 +1,6 @@
 #pragma once
 
-#include "feeds/SiteModule.h"
+#include "feeds/SiteOperations.h"
 
 namespace vantro {
 

@@ -1,11 +1,26 @@
 #include "feeds/Site.h"
 
+#include "base/BuildSettings.h"
 #include "settings/modRegistry.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
 namespace vantro {
+
+std::string_view BuiltInHost(const Site& site)
+{
+    const auto given = std::ranges::find(kBuildSettings.hosts, site.identifier, &BuildHost::key);
+    return given == kBuildSettings.hosts.end() ? site.host : given->address;
+}
+
+std::string DownloadName(const Site& site)
+{
+    if (site.strip)
+        return "download(" + std::to_string(*site.strip) + ")";
+    return std::string(site.displayName) + "_Download";
+}
 
 std::string SiteKey(const Site& site)
 {
@@ -24,7 +39,6 @@ std::string NodeKey(const Site& site, std::int32_t item)
 
 std::int32_t ItemNumber(std::string_view nodeKey)
 {
-    constexpr std::size_t kPrefixLength = 4;
     if (nodeKey.size() <= kPrefixLength)
         return 0;
     std::int32_t number = 0;

@@ -1,14 +1,14 @@
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
-#include "feeds/SiteModule.h"
+#include "feeds/SiteOperations.h"
 #include "settings/modRegistry.h"
 
 namespace vantro {
 
-void SiteModule::LoadSiteItems(const FeedServices& services) const
+void LoadSiteItems(const Site& site, const FeedServices& services)
 {
-    NewsNode* root = services.tree.Find(site_.identifier);
-    const ItemStore store(services.registry, site_);
+    NewsNode* root = services.tree.Find(site.identifier);
+    const ItemStore store(services.registry, site);
     const std::int32_t count = store.Count();
     if (root == nullptr || count <= 0)
         return;
@@ -16,19 +16,19 @@ void SiteModule::LoadSiteItems(const FeedServices& services) const
     for (std::int32_t i = 1; i <= count; ++i) {
         std::string tag = store.ReadText(i, "Tag");
         const bool unread = IsUnread(tag);
-        items.push_back({NodeKey(site_, i), store.ReadText(i, "Title"),
+        items.push_back({NodeKey(site, i), store.ReadText(i, "Title"),
             {unread ? TreeImage::ItemUnread : TreeImage::ItemRead, unread, std::move(tag)}});
     }
     services.tree.ReplaceBranch(*root, std::move(items));
 }
 
-void SiteModule::UpdateSiteCounts(const FeedServices& services) const
+void UpdateSiteCounts(const Site& site, const FeedServices& services)
 {
     services.paint();
-    NewsNode* root = services.tree.Find(site_.identifier);
+    NewsNode* root = services.tree.Find(site.identifier);
     if (root == nullptr)
         return;
-    const std::int32_t total = ItemStore(services.registry, site_).Total();
+    const std::int32_t total = ItemStore(services.registry, site).Total();
     int fresh = 0;
     int unread = 0;
     for (const auto& node : root->Children()) {

@@ -1,4 +1,4 @@
-#include "feeds/modMAXCONSOLE.h"
+#include "feeds/Sites.h"
 
 namespace vantro {
 
@@ -13,7 +13,7 @@ constexpr Replacement kTitle[] = {
     {"[TITLE]", PageValue::Stored, "Title"},
     {"[LINK TEXT]", PageValue::Stored, "Link"},
     {"%5BLINK%5D", PageValue::Stored, "Link"},
-    {"[LINK TARGET]", PageValue::ExternalTarget, "Max Console External"},
+    {"[LINK TARGET]", PageValue::ExternalTarget},
     {"maxconsole-logo.jpg", PageValue::FileOf, "maxconsole-logo.jpg"},
 };
 
@@ -30,13 +30,24 @@ constexpr PageRecipe kPage{
     .shown = "maxconsole-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
+    .externalOption = "Max Console External",
     .externalPrefix = "_XboxSceneExternal", // shared with Xbox-Scene, so both open the same window for item n
 };
 
-constexpr Site kSite{"MAXCONSOLE", "maxc", "Max Console", TreeImage::Site, kFields, kFields, &kPage};
-
 } // namespace
 
-constinit const SiteModule modMAXCONSOLE(kSite);
+constexpr Site modMAXCONSOLE{
+    .identifier = "MAXCONSOLE",
+    .prefix = "maxc",
+    .displayName = "Max Console",
+    .image = TreeImage::Site,
+    .rootPlace = 2,
+    .host = "http://www.maxconsole.example",
+    .feedPath = "/rss/xboxfeed.rss",
+    .strip = 2,
+    .taken = kFields,
+    .stored = kFields,
+    .page = &kPage,
+};
 
 } // namespace vantro

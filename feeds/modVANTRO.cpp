@@ -1,6 +1,5 @@
-#include "feeds/modVANTRO.h"
-
 #include "base/modMain.h"
+#include "feeds/Sites.h"
 
 namespace vantro {
 
@@ -43,10 +42,20 @@ constexpr PageRecipe kPage{
     .fields = kPageFields,
 };
 
-constexpr Site kSite{"VANTRO", "vant", ProductName, TreeImage::Vantro, kTaken, kStored, &kPage};
-
 } // namespace
 
-constinit const SiteModule modVANTRO(kSite);
+constexpr Site modVANTRO{
+    .identifier = "VANTRO",
+    .prefix = "vant",
+    .displayName = ProductName,
+    .image = TreeImage::Vantro,
+    .rootPlace = 0,
+    .host = "http://www.vantro.example",
+    .feedPath = "/vantro/vantro.xml",
+    .strip = std::nullopt,
+    .taken = kTaken,
+    .stored = kStored,
+    .page = &kPage,
+};
 
 } // namespace vantro

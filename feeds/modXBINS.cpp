@@ -1,4 +1,4 @@
-#include "feeds/modXBINS.h"
+#include "feeds/Sites.h"
 
 namespace vantro {
 
@@ -17,7 +17,7 @@ constexpr Replacement kTitle[] = {
     {"[NFO TARGET]", PageValue::MainFrame},
     {"[HOMEPAGE TEXT]", PageValue::Stored, "Homepage"},
     {"%5BHOMEPAGE%20LINK%5D", PageValue::Stored, "Homepage"},
-    {"[HOMEPAGE TARGET]", PageValue::ExternalTarget, "Xbins External Page"},
+    {"[HOMEPAGE TARGET]", PageValue::ExternalTarget},
     {"[RELEASE DATE]", PageValue::Stored, "Releasedate"},
     {"xbins-logo.gif", PageValue::FileOf, "xbins-logo.gif"},
 };
@@ -34,15 +34,26 @@ constexpr PageRecipe kPage{
     .shown = "xbins-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
+    .externalOption = "Xbins External Page",
     .externalPrefix = "_XbinsExternal",
     .emptyLink = "http://www.xbins.example/",
     .autoLinkOption = "Xbins Auto NFO",
 };
 
-constexpr Site kSite{"XBINS", "xbin", "Xbins", TreeImage::Site, kFields, kFields, &kPage};
-
 } // namespace
 
-constinit const SiteModule modXBINS(kSite);
+constexpr Site modXBINS{
+    .identifier = "XBINS",
+    .prefix = "xbin",
+    .displayName = "Xbins",
+    .image = TreeImage::Site,
+    .rootPlace = 3,
+    .host = "http://www.xbins.example",
+    .feedPath = "/xbins.xml",
+    .strip = 0,
+    .taken = kFields,
+    .stored = kFields,
+    .page = &kPage,
+};
 
 } // namespace vantro

@@ -1,4 +1,4 @@
-#include "feeds/modXBOXSCENE.h"
+#include "feeds/Sites.h"
 
 namespace vantro {
 
@@ -12,7 +12,7 @@ constexpr Replacement kMain[] = {{"xboxscene-bgnd.gif", PageValue::FileOf, "xbox
 constexpr Replacement kTitle[] = {
     {"[TITLE]", PageValue::Stored, "Title"},
     {"[LINK TEXT]", PageValue::Stored, "Link"},
-    {"[LINK TARGET]", PageValue::ExternalTarget, "XboxScene External"},
+    {"[LINK TARGET]", PageValue::ExternalTarget},
     {"%5BLINK%5D", PageValue::Stored, "Link"},
     {"xboxscene-logo.jpg", PageValue::FileOf, "xboxscene-logo.jpg"},
     {"xboxscene-bgnd.gif", PageValue::FileOf, "xboxscene-bgnd.gif"},
@@ -32,13 +32,24 @@ constexpr PageRecipe kPage{
     .shown = "xboxscene-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
+    .externalOption = "XboxScene External",
     .externalPrefix = "_XboxSceneExternal",
 };
 
-constexpr Site kSite{"XBOXSCENE", "xbsc", "Xbox-Scene", TreeImage::XboxScene, kFields, kFields, &kPage};
-
 } // namespace
 
-constinit const SiteModule modXBOXSCENE(kSite);
+constexpr Site modXBOXSCENE{
+    .identifier = "XBOXSCENE",
+    .prefix = "xbsc",
+    .displayName = "Xbox-Scene",
+    .image = TreeImage::XboxScene,
+    .rootPlace = 1,
+    .host = "http://www.xbox-scene.example",
+    .feedPath = "/xbox1data/xbox-scene.xml",
+    .strip = 1,
+    .taken = kFields,
+    .stored = kFields,
+    .page = &kPage,
+};
 
 } // namespace vantro

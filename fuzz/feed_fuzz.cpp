@@ -6,7 +6,7 @@
 #include "feeds/FeedDate.h"
 #include "feeds/ItemStore.h"
 #include "feeds/MergePlan.h"
-#include "feeds/SiteModules.h"
+#include "feeds/SiteOperations.h"
 #include "feeds/modXML.h"
 
 #include <algorithm>
@@ -59,7 +59,7 @@ std::vector<std::string_view> CheckItems(std::string_view feed)
     std::vector<std::string_view> titles;
     const char* rest = feed.data();
     const char* const end = feed.data() + feed.size();
-    for (const std::string_view item : SplitItems(feed, SiteModule::kMostItems)) {
+    for (const std::string_view item : SplitItems(feed, kMostItems)) {
         Require(item.data() >= rest && item.data() + item.size() <= end, "items lie in the feed, in order");
         Require(titles.empty() || item.data() == rest, "each item begins right behind the one before");
         Require(ToLowerAscii(item).ends_with("</item>"), "each item ends with its closing tag");
@@ -69,9 +69,9 @@ std::vector<std::string_view> CheckItems(std::string_view feed)
             "a field lies in its item");
         Require(ToLowerAscii(title).find("</title>") == std::string::npos,
             "a field ends at the first closing tag");
-        for (const SiteModule* module : SiteModules())
-            Require(TakeItem(module->Row(), item).Title() == DecodeFeedText(title),
-                "every site takes the title first");
+        for (const Site* site : Sites())
+            Require(
+                TakeItem(*site, item).Title() == DecodeFeedText(title), "every site takes the title first");
         titles.push_back(title);
     }
     return titles;

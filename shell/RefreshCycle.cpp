@@ -1,10 +1,6 @@
 #include "shell/RefreshCycle.h"
 
 #include "base/modMain.h"
-#include "feeds/modMAXCONSOLE.h"
-#include "feeds/modVANTRO.h"
-#include "feeds/modXBINS.h"
-#include "feeds/modXBOXSCENE.h"
 #include "platform/Files.h"
 #include "settings/modRegistry.h"
 
@@ -28,22 +24,21 @@ std::string ErrorKind(std::int32_t e)
 
 } // namespace
 
-RefreshCycle::RefreshCycle(FeedServices services, Controls controls, const FeedHosts& hosts,
-    std::filesystem::path folder, MinuteTimer& tmrDownload, Outlets outlets)
+RefreshCycle::RefreshCycle(FeedServices services, const std::function<DownloadEngine&(const Site&)>& control,
+    const FeedHosts& hosts, std::filesystem::path folder, MinuteTimer& tmrDownload, Outlets outlets)
     : services_(std::move(services)),
       folder_(std::move(folder)),
       tmrDownload_(tmrDownload),
-      outlets_(std::move(outlets)),
-      feeds_{{{&controls.Vantro_Download, &modVANTRO, hosts.vantro + "/vantro/vantro.xml"},
-          {controls.download[0], &modXBINS, hosts.xbins + "/xbins.xml"},
-          {controls.download[1], &modXBOXSCENE, hosts.xboxScene + "/xbox1data/xbox-scene.xml"},
-          {controls.download[2], &modMAXCONSOLE, hosts.maxConsole + "/rss/xboxfeed.rss"}}}
+      outlets_(std::move(outlets))
 {
-    for (const Feed& feed : feeds_)
-        feed.control->Events.DLComplete = [this, &feed](std::int32_t) { DLComplete(feed); };
-    for (int index = 0; index < 3; ++index) {
-        controls.download[static_cast<std::size_t>(index)]->Events.DLError
-            = [this, index](std::int32_t e, const std::string& error) { download_DLError(index, e, error); };
+    for (const Site* site : Sites()) {
+        Feed feed{&control(*site), site, hosts.addresses.at(site) + std::string(site->feedPath)};
+        feed.control->Events.DLComplete = [this, feed](std::int32_t) { DLComplete(feed); };
+        if (const auto strip = site->strip)
+            feed.control->Events.DLError = [this, strip](std::int32_t e, const std::string& error) {
+                download_DLError(*strip, e, error);
+            };
+        feeds_.push_back(std::move(feed));
     }
 }
 
@@ -97,12 +92,12 @@ void RefreshCycle::DLComplete(const Feed& feed)
 {
     const std::filesystem::path file = feed.control->SaveFileName();
     if (FileExists(file))
-        feed.module->MergeFeed(services_, file);
+        MergeFeed(*feed.site, services_, file);
 }
 
-void RefreshCycle::download_DLError(int index, std::int32_t e, const std::string& error)
+void RefreshCycle::download_DLError(int strip, std::int32_t e, const std::string& error)
 {
-    outlets_.showMessage(index, std::to_string(index) + "> Error - " + ErrorKind(e) + ": " + error);
+    outlets_.showMessage(strip, std::to_string(strip) + "> Error - " + ErrorKind(e) + ": " + error);
 }
 
 } // namespace vantro

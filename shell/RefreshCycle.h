@@ -1,15 +1,15 @@
 #pragma once
 
 #include "downloader/DownloadEngine.h"
-#include "feeds/SiteModule.h"
-#include "platform/HostsFile.h"
+#include "feeds/HostsFile.h"
+#include "feeds/SiteOperations.h"
 
-#include <array>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace vantro {
 
@@ -23,25 +23,21 @@ public:
 };
 
 // Decides when the feeds are fetched and what happens when a fetch ends. Takes over DLComplete and DLError of
-// the four controls. Interface thread only; everything handed in outlives it.
+// the sites' controls. Interface thread only; everything handed in outlives it.
 class RefreshCycle {
 public:
-    struct Controls {
-        DownloadEngine& Vantro_Download;
-        std::array<DownloadEngine*, 3> download;
-    };
-
     // Where its news go besides the tree. All return at once.
     struct Outlets {
-        // A box about a news site's download, by its index; a newer one may take the place of one that
+        // A box about the download of a site, by its strip; a newer one may take the place of one that
         // stands.
-        std::function<void(int index, const std::string& text)> showMessage;
+        std::function<void(int strip, const std::string& text)> showMessage;
         // The countdown in the status bar; an empty text takes it away.
         std::function<void(const std::string& text)> showCountdown;
     };
 
-    RefreshCycle(FeedServices services, Controls controls, const FeedHosts& hosts,
-        std::filesystem::path folder, MinuteTimer& tmrDownload, Outlets outlets);
+    // `control` is asked once for each of Sites(), in that order.
+    RefreshCycle(FeedServices services, const std::function<DownloadEngine&(const Site&)>& control,
+        const FeedHosts& hosts, std::filesystem::path folder, MinuteTimer& tmrDownload, Outlets outlets);
 
     // Starts a check of all feeds and returns at once. A feed whose download is still under way goes on with
     // that one.
@@ -57,19 +53,19 @@ public:
 private:
     struct Feed {
         DownloadEngine* control;
-        const SiteModule* module;
+        const Site* site;
         std::string url;
     };
 
     [[nodiscard]] std::int32_t IntervalMinutes() const;
     void DLComplete(const Feed& feed);
-    void download_DLError(int index, std::int32_t e, const std::string& error);
+    void download_DLError(int strip, std::int32_t e, const std::string& error);
 
     FeedServices services_;
     std::filesystem::path folder_;
     MinuteTimer& tmrDownload_;
     Outlets outlets_;
-    std::array<Feed, 4> feeds_; // in the order in which a check starts them
+    std::vector<Feed> feeds_; // in the order in which a check starts them
 };
 
 } // namespace vantro

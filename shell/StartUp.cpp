@@ -1,6 +1,6 @@
 #include "shell/StartUp.h"
 
-#include "feeds/SiteModules.h"
+#include "feeds/SiteOperations.h"
 
 namespace vantro {
 
@@ -8,16 +8,16 @@ void LoadStoredItems(const FeedServices& services)
 {
     // Nothing is written; but inside one transaction a read costs a third, and a failure shows.
     RegistryStore::Batch oneView(services.store);
-    for (const SiteModule* module : SiteModules())
-        module->LoadSiteItems(services);
+    for (const Site* site : Sites())
+        LoadSiteItems(*site, services);
     if (const auto failure = oneView.Commit())
         services.say("Stored news could not be read: " + *failure);
 }
 
 void RefreshAllSiteCounts(const FeedServices& services)
 {
-    for (const SiteModule* module : SiteModules())
-        module->UpdateSiteCounts(services);
+    for (const Site* site : Sites())
+        UpdateSiteCounts(*site, services);
 }
 
 } // namespace vantro

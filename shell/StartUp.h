@@ -1,10 +1,10 @@
 #pragma once
 
-#include "feeds/SiteModule.h"
+#include "feeds/SiteOperations.h"
 
 namespace vantro {
 
-// The steps of start-up that run one operation for all sites, in the order of SiteModules().
+// The steps of start-up that run one operation for all sites, in the order of Sites().
 void LoadStoredItems(const FeedServices& services);
 void RefreshAllSiteCounts(const FeedServices& services);
 

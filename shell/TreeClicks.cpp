@@ -1,7 +1,7 @@
 #include "shell/TreeClicks.h"
 
 #include "feeds/ItemTag.h"
-#include "feeds/SiteModules.h"
+#include "feeds/SiteOperations.h"
 
 namespace vantro {
 
@@ -18,8 +18,8 @@ void TreeClicks::tv_Click()
         actions_.showPopup(IsUnread(tag), IsItemTag(tag) && !IsUnread(tag));
     } else if (LastButton == kLeftButton) {
         const std::string key = node->Key();
-        if (const SiteModule* module = FindSiteModule(key))
-            actions_.showPage(*module, key);
+        if (const Site* site = FindSite(key))
+            actions_.showPage(*site, key);
         else if (IsItemTag(tag))
             actions_.showMessage("Unknown item tag!. Please contact Tobrin");
     }

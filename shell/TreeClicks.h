@@ -1,7 +1,7 @@
 #pragma once
 
 #include "feeds/NewsTree.h"
-#include "feeds/SiteModule.h"
+#include "feeds/Site.h"
 
 #include <cstdint>
 #include <functional>
@@ -14,7 +14,7 @@ namespace vantro {
 class TreeClicks {
 public:
     struct Actions {
-        std::function<void(const SiteModule&, const std::string& nodeKey)> showPage;
+        std::function<void(const Site&, const std::string& nodeKey)> showPage;
         std::function<void(bool markRead, bool markUnread)> showPopup; // which of the two entries are enabled
         std::function<void(const std::string& text)> showMessage;
     };

@@ -61,14 +61,14 @@ Rectangle RestoredPosition(const Rectangle& form, std::span<const Rectangle> scr
     return placed;
 }
 
-StartLayout LayOutAtStart(const MainWindowInside& inside, std::int32_t borderWidth, std::int32_t borderHeight)
+StartLayout LayOutAtStart(
+    const MainWindowInside& inside, std::size_t strips, std::int32_t borderWidth, std::int32_t borderHeight)
 {
     StartLayout layout;
     layout.picDownload.width = kTreeWidth;
-    layout.picDownload.height = 3 * kDownloadHeight + borderHeight;
-    for (std::int32_t index = 0; index < 3; ++index)
-        layout.download[static_cast<std::size_t>(index)]
-            = {0, index * kDownloadHeight, kTreeWidth - borderWidth, kDownloadHeight};
+    for (std::int32_t top = 0; layout.download.size() < strips; top += kDownloadHeight)
+        layout.download.push_back({0, top, kTreeWidth - borderWidth, kDownloadHeight});
+    layout.picDownload.height = static_cast<std::int32_t>(strips) * kDownloadHeight + borderHeight;
     layout.tv = {0, 0, kTreeWidth, Difference(inside.height, inside.statusBarHeight)};
     return layout;
 }

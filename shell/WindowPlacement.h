@@ -2,9 +2,10 @@
 
 #include "base/Twips.h"
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace vantro {
 
@@ -37,11 +38,11 @@ struct MainWindowInside {
 struct StartLayout {
     Rectangle tv;
     Rectangle picDownload;
-    std::array<Rectangle, 3> download; // inside picDownload
+    std::vector<Rectangle> download; // the strips, inside picDownload
 };
 // The border is what picDownload is larger outside than inside, in each direction.
 [[nodiscard]] StartLayout LayOutAtStart(
-    const MainWindowInside& inside, std::int32_t borderWidth, std::int32_t borderHeight);
+    const MainWindowInside& inside, std::size_t strips, std::int32_t borderWidth, std::int32_t borderHeight);
 
 // What every resize sets.
 struct ResizeLayout {

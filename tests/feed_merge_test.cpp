@@ -40,35 +40,35 @@ TEST(PlanMerge, GivesEveryIncomingItemItsState)
 
 TEST_F(FeedMergeTest, KeepsReadMarksWhenTheFeedChangesItsOrderAndBringsAnItem)
 {
-    for (const SiteModule* module : SiteModules()) {
-        ReceiveTitles(*module, {"A", "B", "C"});
+    for (const Site* site : Sites()) {
+        ReceiveTitles(*site, {"A", "B", "C"});
         for (const char* title : {"B", "C"})
-            MarkRead(Services(), Item(*module, title));
-        MarkUnread(Services(), Item(*module, "C"));
-        ReceiveTitles(*module, {"D", "C", "B", "A"});
-        EXPECT_EQ(UnreadTitles(*module), (Titles{"D", "C", "A"}));
-        EXPECT_EQ(Item(*module, "B").State(), kRead);
-        EXPECT_EQ(Item(*module, "C").State(), kUnread);
+            MarkRead(Services(), Item(*site, title));
+        MarkUnread(Services(), Item(*site, "C"));
+        ReceiveTitles(*site, {"D", "C", "B", "A"});
+        EXPECT_EQ(UnreadTitles(*site), (Titles{"D", "C", "A"}));
+        EXPECT_EQ(Item(*site, "B").State(), kRead);
+        EXPECT_EQ(Item(*site, "C").State(), kUnread);
     }
     Restart();
     for (std::size_t i = 0; i < 4; ++i)
         EXPECT_EQ(tree_->Roots()[i]->Text(), (Titles{"Vantro", "Xbox-Scene", "Max Console", "Xbins"})[i]);
-    for (const SiteModule* module : SiteModules()) {
-        EXPECT_EQ(TreeTitles(*module), (Titles{"D", "C", "B", "A"})) << module->Row().identifier;
-        EXPECT_EQ(UnreadTitles(*module), (Titles{"D", "C", "A"})) << module->Row().identifier;
-        EXPECT_EQ(Item(*module, "D").State(), kUnread) << "new items come back as unread";
+    for (const Site* site : Sites()) {
+        EXPECT_EQ(TreeTitles(*site), (Titles{"D", "C", "B", "A"})) << site->identifier;
+        EXPECT_EQ(UnreadTitles(*site), (Titles{"D", "C", "A"})) << site->identifier;
+        EXPECT_EQ(Item(*site, "D").State(), kUnread) << "new items come back as unread";
     }
 }
 
 TEST_F(FeedMergeTest, ChangesNothingWhenTheFeedOnlyLostItems)
 {
     ReceiveTitles(modXBOXSCENE, {"A", "B", "C"});
-    tree_->SetCaption(Site(modXBOXSCENE), "As it was", true);
+    tree_->SetCaption(Root(modXBOXSCENE), "As it was", true);
     ReceiveTitles(modXBOXSCENE, {"A", "B"});
     EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"A", "B", "C"}));
     EXPECT_EQ(Caption(modXBOXSCENE), "As it was");
     // A stored item without its node counts as not stored.
-    registry_->WriteRegValue(RegRoot, SiteKey(modXBOXSCENE.Row()), "TotalItems", 5, RegType::Dword);
+    registry_->WriteRegValue(RegRoot, SiteKey(modXBOXSCENE), "TotalItems", 5, RegType::Dword);
     ReceiveTitles(modXBOXSCENE, {"D", "B"});
     EXPECT_EQ(TreeTitles(modXBOXSCENE), (Titles{"D", "B"}));
     EXPECT_EQ(Stored(modXBOXSCENE, 3, "Title"), "");
@@ -79,13 +79,13 @@ TEST_F(FeedMergeTest, TakesEachSitesFieldsFromTheirElements)
 {
     const std::string feed = "<item><title>T</title><link>L</link><homepage>H</homepage><date>D</date>"
                              "<releasedate>R</releasedate><description>X</description></item>";
-    for (const auto& [module, fields] :
+    for (const auto& [site, fields] :
         {std::pair{&modVANTRO, "T|L|H|D||X|<UNREAD>|"}, {&modXBINS, "T|L|H||R||<UNREAD>|"},
             {&modXBOXSCENE, "T|L|||||<UNREAD>|"}, {&modMAXCONSOLE, "T|L||||X|<UNREAD>|"}}) {
-        Receive(*module, feed);
+        Receive(*site, feed);
         std::string values;
         for (const char* name : {"Title", "Link", "Homepage", "date", "Releasedate", "Description", "Tag"})
-            values += Stored(*module, 1, name) + "|";
+            values += Stored(*site, 1, name) + "|";
         EXPECT_EQ(values, fields);
     }
 }
@@ -122,7 +122,7 @@ TEST_F(FeedMergeTest, LeavesStoreAndTreeAloneOnFeedsWithoutItems)
     ReceiveTitles(modVANTRO, {"A"});
     for (const char* feed : {"", "<rss><channel><title>Channel</title></channel></rss>"})
         Receive(modVANTRO, feed);
-    modVANTRO.MergeFeed(Services(), folder_.Path() / "missing.xml");
+    MergeFeed(modVANTRO, Services(), folder_.Path() / "missing.xml");
     EXPECT_EQ(TreeTitles(modVANTRO), (Titles{"A"}));
     EXPECT_EQ(said_, (Titles{"The downloaded news list of Vantro cannot be read."}));
     Receive(modVANTRO, "<item><title>B</title></item><item><title>C</title><link>http://news.exam");
@@ -161,10 +161,10 @@ TEST_F(FeedMergeTest, ExpandsABranchWithNewItemsWhenAsked)
     ReceiveTitles(modXBOXSCENE, {"A"});
     EXPECT_TRUE(root.Bold() && !root.Expanded());
     SetOption("Auto Expand New", 1);
-    modXBOXSCENE.UpdateSiteCounts(Services());
+    UpdateSiteCounts(modXBOXSCENE, Services());
     EXPECT_TRUE(root.Expanded());
     MarkRead(Services(), Item(modXBOXSCENE, "A"));
-    modXBOXSCENE.UpdateSiteCounts(Services());
+    UpdateSiteCounts(modXBOXSCENE, Services());
     EXPECT_TRUE(!root.Bold() && root.Expanded());
     EXPECT_EQ(Caption(modXBOXSCENE), "Xbox-Scene (0 New, 0 Unread, 1 Total)");
 }

@@ -93,7 +93,7 @@ TEST_F(KillTest, AProgramKilledAtAnyWriteOfAMergeLeavesTheOldListOrTheNewOne)
 TEST_F(ItemStoreTest, HasAsManyItemsAsAreStoredWhateverItsTotalSays)
 {
     constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
-    const std::string site = SiteKey(modXBINS.Row());
+    const std::string site = SiteKey(modXBINS);
     const std::tuple<std::int32_t, std::size_t, std::vector<std::int32_t>> cases[] = {
         {-1, 0, {1, 2, 3, 2'000'000}},
         {2, 2, {1, 2, 3, 2'000'000}},
@@ -107,13 +107,13 @@ TEST_F(ItemStoreTest, HasAsManyItemsAsAreStoredWhateverItsTotalSays)
         Titles titles{"A", "", "C"};
         titles.resize(count);
         ReceiveTitles(modXBINS, {"A", "B", "C"});
-        registry_->DeleteRegKey(RegRoot, ItemKey(modXBINS.Row(), 2));
+        registry_->DeleteRegKey(RegRoot, ItemKey(modXBINS, 2));
         for (const char* name : {"\\2000000", "\\01", "\\+3", "\\-4", "\\5x", "\\2147483648"})
             registry_->CreateRegKey(RegRoot, site + name);
         registry_->WriteRegValue(RegRoot, site, "TotalItems", total, RegType::Dword);
         Restart();
         EXPECT_EQ(TreeTitles(modXBINS), titles);
-        modXBINS.UpdateSiteCounts(Services());
+        UpdateSiteCounts(modXBINS, Services());
         EXPECT_TRUE(Caption(modXBINS).ends_with(" Unread, " + std::to_string(total) + " Total)"));
         ReceiveTitles(modXBINS, {"D", "E"});
         EXPECT_EQ(registry_->NumberedSubKeys(RegRoot, site, kMost), left);

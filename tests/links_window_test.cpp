@@ -17,7 +17,7 @@ TEST_F(PagesWindowTest, AClickedLinkAlwaysDoesSomething)
         std::string answer = {};
         std::string says = {};
         bool opensOutside = false;
-        const SiteModule& module = modVANTRO;
+        const Site& site = modVANTRO;
         const char* option = "";
         int button = wxMOUSE_BTN_LEFT;
         int key = 0;
@@ -60,8 +60,8 @@ TEST_F(PagesWindowTest, AClickedLinkAlwaysDoesSomething)
             server_.Serve(c.path, c.answer);
         for (const char* option : {"XboxScene External", "Max Console External"})
             SetOption(option, option == std::string(c.option) ? 1 : 0);
-        ReceiveLink(c.module, link);
-        Show(c.module);
+        ReceiveLink(c.site, link);
+        Show(c.site);
         EXPECT_EQ(pageSays_, "") << "what was said of the page before no longer holds";
         outside_.clear();
         outsideStarts_ = c.outsideStarts;

@@ -22,8 +22,8 @@ struct MainWindowTest : ::testing::Test {
             setenv(variable, folder.Path().c_str(), 1);
         std::filesystem::create_directory(folder.Path() / "vantro");
         std::string hosts = "[Hosts]\n";
-        for (const char* site : {"VANTRO", "XBINS", "XBOXSCENE", "MAXCONSOLE"})
-            hosts += std::string(site) + "=" + server.Address("") + "\n";
+        for (const Site* site : Sites())
+            hosts += std::string(site->identifier) + "=" + server.Address("") + "\n";
         folder.Write("vantro/vantro.ini", hosts);
     }
     ~MainWindowTest() override { Close(); }
@@ -48,9 +48,8 @@ struct MainWindowTest : ::testing::Test {
     }
     void ServeAll(const std::string& feed)
     {
-        for (const char* path :
-            {"/vantro/vantro.xml", "/xbins.xml", "/xbox1data/xbox-scene.xml", "/rss/xboxfeed.rss"})
-            server.Serve(path, feed);
+        for (const Site* site : Sites())
+            server.Serve(std::string(site->feedPath), feed);
     }
     // Types as a user would; the keys are pressed while events are handled.
     static void Press(const std::string& keys)

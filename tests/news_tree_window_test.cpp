@@ -34,7 +34,7 @@ struct NewsTreeViewTest : testing::Test {
                 {(site == "XBINS" ? "xbin" : "xbsc") + std::to_string(i), std::to_string(first++), {}});
         tree.ReplaceBranch(*tree.Find(site), std::move(items));
     }
-    NewsNode& Site(const char* key) { return *tree.Find(key); }
+    NewsNode& Root(const char* key) { return *tree.Find(key); }
     [[nodiscard]] wxRect Row(const char* key) const
     {
         return view->GetItemRect(wxDataViewItem(tree.Find(key)), view->GetColumn(0));
@@ -52,7 +52,7 @@ struct NewsTreeViewTest : testing::Test {
     wxMenu menu;
     NewsTreeView* view = nullptr;
     TreeClicks handler{tree,
-        {[this](const SiteModule&, const std::string& key) { clicks += key + " "; },
+        {[this](const Site&, const std::string& key) { clicks += key + " "; },
             [this](bool, bool) {
                 clicks += "popup ";
                 view->ShowPopup(menu);
@@ -64,19 +64,19 @@ struct NewsTreeViewTest : testing::Test {
 
 TEST_F(NewsTreeViewTest, ArrowAndDoubleClickOpenABranchWithoutAClickOnItsItems)
 {
-    tree.SetExpanded(Site("XBINS"), true);
+    tree.SetExpanded(Root("XBINS"), true);
     tree.Select(tree.Find("xbin2"));
     Rest();
     const wxRect row = Row("XBINS");
     for (const bool expanded : {false, true}) {
         Click(*view, {row.x - 8, row.y + row.height / 2});
-        EXPECT_EQ(Site("XBINS").Expanded(), expanded);
+        EXPECT_EQ(Root("XBINS").Expanded(), expanded);
     }
     Rest(); // or these clicks and the next are one series
     Click(*view, row.GetPosition() + wxPoint(30, 5));
     wxUIActionSimulator().MouseClick();
     Rest();
-    EXPECT_FALSE(Site("XBINS").Expanded());
+    EXPECT_FALSE(Root("XBINS").Expanded());
     Click(*view, {150, 200}); // below the rows
     EXPECT_EQ(clicks, "");
 }
@@ -84,7 +84,7 @@ TEST_F(NewsTreeViewTest, ArrowAndDoubleClickOpenABranchWithoutAClickOnItsItems)
 TEST_F(NewsTreeViewTest, KeepsItsPlaceThroughMerges)
 {
     for (const char* site : {"XBINS", "XBOXSCENE"})
-        tree.SetExpanded(Site(site), true);
+        tree.SetExpanded(Root(site), true);
     tree.Select(tree.Find("XBINS"));
     Rest();
     GtkAdjustment* scroll = gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(view->GtkGetTreeView()));

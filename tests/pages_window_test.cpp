@@ -29,13 +29,13 @@ TEST_F(PagesWindowTest, NothingInAFeedActsOrReachesAnythingLocalOnAnyPage)
         const std::string feed
             = ReplaceAll(ReplaceAll(ReadWholeFile(entry).value(), "{BASE}", server.Address("")), "{FOLDER}",
                 local.string());
-        for (const SiteModule* module : SiteModules()) {
-            Receive(*module, feed);
-            const std::size_t items = tree_->Find(module->Row().identifier)->Children().size();
+        for (const Site* site : Sites()) {
+            Receive(*site, feed);
+            const std::size_t items = tree_->Find(site->identifier)->Children().size();
             ASSERT_GT(items, 0U);
             for (std::size_t item = 1; item <= items; ++item) {
-                SCOPED_TRACE(name + " " + std::string(module->Row().identifier) + " " + std::to_string(item));
-                Show(*module, static_cast<int>(item));
+                SCOPED_TRACE(name + " " + std::string(site->identifier) + " " + std::to_string(item));
+                Show(*site, static_cast<int>(item));
                 Pump(name == "meta-refresh" && item == 2 ? 1200ms : 30ms); // that one comes after a second
                 std::erase_if(went_,
                     [](const std::string& address) { return address.starts_with("http://news.example/"); });

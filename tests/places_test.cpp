@@ -1,14 +1,14 @@
-#include "base/BuildSettings.h"
 #include "base/Resources.h"
 #include "base/modMain.h"
+#include "feeds/HostsFile.h"
 #include "platform/Files.h"
-#include "platform/HostsFile.h"
 #include "platform/Paths.h"
 #include "platform/SingleInstance.h"
 #include "tests/support/FeedFixture.h"
 
 #include <cstdlib>
 #include <glib.h>
+#include <set>
 
 namespace vantro {
 
@@ -48,7 +48,7 @@ TEST(RunFolder, IsPrivateGoesAtTheEndClearsUpAfterAKilledRunAndSaysWhenItCannotB
 TEST(HostsFile, GivesBuiltInAddressesForWhatIsMissingOrUnusable)
 {
     const TemporaryFolder temporary;
-    const std::string builtIn(kBuildSettings.hostXbins);
+    const std::string builtIn(BuiltInHost(modXBINS));
     for (const auto& [name, text, xbins, partOfNotice] : {
              std::tuple{"empty", "", builtIn, ""},
              {"set", "[Hosts]\nXBINS=http://127.0.0.1:8750/\n", "http://127.0.0.1:8750", ""},
@@ -59,19 +59,27 @@ TEST(HostsFile, GivesBuiltInAddressesForWhatIsMissingOrUnusable)
              {"another group", "[Other]\nXBINS=http://x.example\n", builtIn, ""},
          }) {
         const FeedHosts hosts = ReadHostsFile(temporary.Write("vantro.ini", text));
-        EXPECT_EQ(hosts.xbins, xbins) << name;
+        EXPECT_EQ(hosts.addresses.at(&modXBINS), xbins) << name;
         EXPECT_EQ(hosts.notice.empty(), *partOfNotice == '\0') << name << ": " << hosts.notice;
         EXPECT_NE(hosts.notice.find(partOfNotice), std::string::npos) << name << ": " << hosts.notice;
     }
     EXPECT_NE(ReadHostsFile(temporary.Path()).notice, "") << "a folder is no file";
-    const auto all = [](const FeedHosts& hosts) {
-        return hosts.vantro + " " + hosts.xbins + " " + hosts.xboxScene + " " + hosts.maxConsole
-            + hosts.notice;
-    };
-    EXPECT_EQ(all(ReadHostsFile(temporary.Path() / "missing.ini")), VANTRO_HOSTS);
-    EXPECT_EQ(all(ReadHostsFile(temporary.Write("vantro.ini",
-                  "[Hosts]\nMAXCONSOLE=http://m\nXBOXSCENE=http://s\nXBINS=http://x\nVANTRO=http://v\n"))),
-        "http://v http://x http://s http://m");
+    EXPECT_EQ(ReadHostsFile(temporary.Path() / "missing.ini").notice, "");
+}
+
+TEST(Sites, ShareNoKeyHaveTheHostOfTheirOwnAndNumberTheirStripsInTheOrderOfTheList)
+{
+    const TemporaryFolder temporary;
+    std::set<std::string_view> keys;
+    for (int strips = 0; const Site* site : Sites()) {
+        for (const auto key : {site->identifier, site->prefix, site->feedPath, site->page->shown})
+            EXPECT_TRUE(keys.insert(key).second) << key;
+        EXPECT_EQ(site->strip.value_or(strips), strips) << site->identifier;
+        strips += site->strip ? 1 : 0;
+        const fs::path ini
+            = temporary.Write("ini", "[Hosts]\n" + std::string(site->identifier) + "=http://a");
+        EXPECT_EQ(ReadHostsFile(ini).addresses.at(site), "http://a");
+    }
 }
 
 TEST(SingleInstance, TellsTheFirstOfEveryOtherStartOnItsStore)

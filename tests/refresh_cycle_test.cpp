@@ -17,35 +17,46 @@ struct RefreshCycleTest : FeedFixture {
     std::string Tick()
     {
         countdown_.clear();
-        cycle_.tmrDownload_Timer();
+        cycle_->tmrDownload_Timer();
         return countdown_;
+    }
+
+    RefreshCycleTest()
+    {
+        FeedHosts
+            hosts; // with no address that can be read, so every download ends in an error while it is begun
+        for (const Site* site : Sites())
+            hosts.addresses[site] = "refused:" + std::string(site->host);
+        const auto control = [this](const Site& site) -> DownloadEngine& {
+            return engines_.try_emplace(&site, reader_, pump_).first->second;
+        };
+        cycle_.emplace(Services(), control, hosts, folder_.Path(), timer_,
+            RefreshCycle::Outlets{[this](int, const std::string& text) { boxes_.push_back(text); },
+                [this](const std::string& text) { countdown_ = text; }});
     }
 
     AsyncRead reader_{[] {}};
     test::TestPump pump_;
-    std::array<DownloadEngine, 4> engines_{
-        DownloadEngine{reader_, pump_}, {reader_, pump_}, {reader_, pump_}, {reader_, pump_}};
+    std::map<const Site*, DownloadEngine> engines_;
     FakeTimer timer_;
     std::vector<std::string> boxes_;
     std::string countdown_;
-    // "refused:" is no address that can be read, so every download ends in an error while it is begun.
-    RefreshCycle cycle_{Services(), {engines_[0], {&engines_[1], &engines_[2], &engines_[3]}},
-        {"refused:v", "refused:x", "refused:s", "refused:m", {}}, folder_.Path(), timer_,
-        {[this](int, const std::string& text) { boxes_.push_back(text); },
-            [this](const std::string& text) { countdown_ = text; }}};
+    std::optional<RefreshCycle> cycle_;
 };
 
 TEST_F(RefreshCycleTest, BringsEverySiteTheFeedOfItsOwnHost)
 {
-    const Titles urls{"refused:v/vantro/vantro.xml", "refused:x/xbins.xml",
-        "refused:s/xbox1data/xbox-scene.xml", "refused:m/rss/xboxfeed.rss"};
-    for (const std::string& url : urls) // as if downloaded
+    const std::map<const Site*, std::string> urls{
+        {&modVANTRO, "refused:http://www.vantro.example/vantro/vantro.xml"},
+        {&modXBINS, "refused:http://www.xbins.example/xbins.xml"},
+        {&modXBOXSCENE, "refused:http://www.xbox-scene.example/xbox1data/xbox-scene.xml"},
+        {&modMAXCONSOLE, "refused:http://www.maxconsole.example/rss/xboxfeed.rss"}};
+    for (const auto& [site, url] : urls) // as if downloaded
         folder_.Write(url.substr(url.rfind('/') + 1), "<item><title>" + url + "</title></item>");
-    cycle_.StartFeedDownloads();
-    for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(engines_[i].FileURL(), urls[i]);
-        EXPECT_EQ(TreeTitles(*std::array{&modVANTRO, &modXBINS, &modXBOXSCENE, &modMAXCONSOLE}[i]),
-            Titles{urls[i]});
+    cycle_->StartFeedDownloads();
+    for (const auto& [site, url] : urls) {
+        EXPECT_EQ(engines_.at(site).FileURL(), url);
+        EXPECT_EQ(TreeTitles(*site), Titles{url});
     }
 }
 
@@ -53,7 +64,7 @@ TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
 {
     SetOption("Check Interval", 1);
     SetOption("Check Interval Minutes", 5);
-    cycle_.StartRefreshTimer();
+    cycle_->StartRefreshTimer();
     EXPECT_EQ(timer_.interval_, std::chrono::minutes(1));
     for (int round = 0; round < 2; ++round) {
         for (const std::string left : {"5 minutes", "4 minutes", "3 minutes", "2 minutes", "1 minute"})
@@ -71,9 +82,9 @@ TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
     EXPECT_EQ(said_, Titles{}) << "where no file came nothing is merged";
     SetOption("Check Interval Minutes", 3);
     Tick();
-    cycle_.StartRefreshTimer();
+    cycle_->StartRefreshTimer();
     EXPECT_EQ(Tick(), "Checking for new items in 3 minutes") << "arming counts anew";
-    cycle_.StopRefreshTimer();
+    cycle_->StopRefreshTimer();
     EXPECT_TRUE(countdown_.empty() && timer_.interval_ == std::chrono::minutes(0));
 }
 
@@ -84,11 +95,11 @@ TEST_F(RefreshCycleTest, ArmsTheTimerOnlyWhenBothSettingsAskForIt)
         timer_.Disable();
         SetOption("Check Interval", interval);
         SetOption("Check Interval Minutes", minutes);
-        cycle_.StartRefreshTimer();
+        cycle_->StartRefreshTimer();
         EXPECT_EQ(timer_.interval_.count() > 0, armed) << interval << " " << minutes;
     }
     SetOption("Check Interval", 0);
-    cycle_.StartFeedDownloads();
+    cycle_->StartFeedDownloads();
     EXPECT_GT(timer_.interval_.count(), 0) << "arming never stops a timer that runs";
 }
 
@@ -98,17 +109,17 @@ TEST_F(RefreshCycleTest, TellsErrorsOfTheNewsSitesInTheirWords)
         {std::pair{1, "1> Error - Download Unavailable: why"}, {2, "1> Error - Redirected: why"},
             {3, "1> Error - Zero Bytes Returned: why"}, {4, "1> Error - File Save Error: why"},
             {99, "1> Error - Unknown: why"}, {7, "1> Error - : why"}}) {
-        engines_[2].Events.DLError(e, "why");
+        engines_.at(&modXBOXSCENE).Events.DLError(e, "why");
         EXPECT_EQ(boxes_.back(), text);
     }
-    EXPECT_FALSE(engines_[0].Events.DLError) << "the program's own feed fails in silence";
+    EXPECT_FALSE(engines_.at(&modVANTRO).Events.DLError) << "the program's own feed fails in silence";
 }
 
 TEST_F(FeedFixture, ClicksActOnTheSelectedNodeByTheButtonPressedLast)
 {
     std::string did;
     TreeClicks clicks(*tree_,
-        {[&](const SiteModule&, const std::string& key) { did = "page " + key; },
+        {[&](const Site&, const std::string& key) { did = "page " + key; },
             [&](bool read, bool unread) {
                 did = std::string("popup ") + (read ? "read " : "- ") + (unread ? "unread" : "-");
             },

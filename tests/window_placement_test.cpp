@@ -33,14 +33,14 @@ TEST(WindowPlacementTest, PutsAWindowOnTheScreenItsPlaceLiesOn)
 
 TEST(WindowPlacementTest, LeavesNoNegativeSizesInTheSmallestWindow)
 {
-    const ResizeLayout tiny = LayOutResized({3000, 300, 330}, LayOutAtStart({9600, 7200, 330}, 30, 30));
+    const ResizeLayout tiny = LayOutResized({3000, 300, 330}, LayOutAtStart({9600, 7200, 330}, 3, 30, 30));
     EXPECT_EQ(tiny.tv, (Rectangle{0, 0, 3750, 0}));
     EXPECT_EQ(tiny.web, (Rectangle{3750, 0, 0, 0}));
 }
 
 TEST(TwipsTest, BringBackEveryNumberOfPixelsAndLeaveNoGapBetweenStrips)
 {
-    const StartLayout start = LayOutAtStart({9600, 7200, 330}, 30, 30);
+    const StartLayout start = LayOutAtStart({9600, 7200, 330}, 3, 30, 30);
     for (const double twips : {15.0, 12.0, 1440 / 110.0, 10.0, 7.5, 3.75}) {
         for (std::int32_t end = 0; const Rectangle& strip : start.download) {
             const Rectangle pixels = ToPixels(strip, {twips, twips});

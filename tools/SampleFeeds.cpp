@@ -1,5 +1,7 @@
 #include "SampleFeeds.h"
 
+#include "feeds/Sites.h"
+
 #include <algorithm>
 #include <array>
 #include <fstream>
@@ -13,18 +15,6 @@ namespace vantro {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct FeedAddress {
-    const char* path;
-    const char* file;
-};
-
-constexpr std::array<FeedAddress, 4> kAddresses{{
-    {"/vantro/vantro.xml", "vantro.xml"},
-    {"/xbins.xml", "xbins.xml"},
-    {"/xbox1data/xbox-scene.xml", "xbox-scene.xml"},
-    {"/rss/xboxfeed.rss", "xboxfeed.rss"},
-}};
 
 // So many of the newest items of a feed file are held back at first, to appear one by one.
 constexpr std::int64_t kHeldBack = 6;
@@ -163,19 +153,11 @@ SampleFeeds::SampleFeeds(
       articlePattern_(ReadWhole(folder / "pages" / "article.html")),
       notesPattern_(ReadWhole(folder / "pages" / "notes.nfo"))
 {
-    for (const FeedAddress& address : kAddresses)
-        feeds_.emplace(
-            address.path, Entry{SampleFeed(folder / address.file, folder / "more" / address.file)});
+    for (const Site* site : Sites()) {
+        const fs::path file = fs::path(site->feedPath).filename();
+        feeds_.emplace(site->feedPath, Entry{SampleFeed(folder / file, folder / "more" / file)});
+    }
     LoadState();
-}
-
-std::vector<std::string> SampleFeeds::Paths()
-{
-    std::vector<std::string> paths;
-    paths.reserve(kAddresses.size());
-    for (const FeedAddress& address : kAddresses)
-        paths.emplace_back(address.path);
-    return paths;
 }
 
 SampleAnswer SampleFeeds::TakeFeed(

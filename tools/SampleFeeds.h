@@ -54,7 +54,8 @@ private:
     std::vector<std::string> patterns_;
 };
 
-// All feeds of one folder. Every operation may be called from any thread.
+// The feeds of all sites, each from the file of its name in one folder. Every operation may be called from
+// any thread.
 class SampleFeeds {
 public:
     // Reads the feeds and page patterns below `folder`. With a `stateFile` the number of items that have
@@ -64,10 +65,7 @@ public:
     SampleFeeds(const std::filesystem::path& folder, Pace pace, std::filesystem::path stateFile,
         std::chrono::steady_clock::time_point start);
 
-    // The fixed paths of the feeds, such as "/xbins.xml".
-    [[nodiscard]] static std::vector<std::string> Paths();
-
-    // The feed at `path` (one of Paths()) as this request finds it. Counts the request.
+    // The feed at `path` (a site's feedPath) as this request finds it. Counts the request.
     SampleAnswer TakeFeed(
         const std::string& path, std::string_view base, std::chrono::steady_clock::time_point now);
 

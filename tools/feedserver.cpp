@@ -2,6 +2,8 @@
 
 #include "SampleFeeds.h"
 
+#include "feeds/Sites.h"
+
 #include <httplib.h>
 
 #include <algorithm>
@@ -29,8 +31,9 @@ constexpr std::int64_t kLongestPace = 1'000'000;
 constexpr std::string_view kUsage
     = "Usage: feedserver [--port N] [--port-file FILE] [--feeds DIR] [--state FILE]\n"
       "                  [--every SECONDS | --every-requests N]\n"
+      "       feedserver --sites\n"
       "\n"
-      "Serves four sample feeds, and the pages and pictures they link to, on 127.0.0.1.\n"
+      "Serves a sample feed for each site, and the pages and pictures they link to, on 127.0.0.1.\n"
       "\n"
       "  --port N            listen on port N; 0, which is the default, takes any free one\n"
       "  --port-file FILE    write the port's number into FILE; FILE is removed at the end\n"
@@ -39,6 +42,7 @@ constexpr std::string_view kUsage
       "  --every SECONDS     a further item appears in each feed after so many seconds\n"
       "  --every-requests N  a further item appears with every Nth request of a feed (2)\n"
       "  --rate BYTES        send feeds no faster than so many bytes a second\n"
+      "  --sites             print the key and the feed's path of each site, and serve nothing\n"
       "  --help              show this text\n";
 
 struct Options {
@@ -48,6 +52,7 @@ struct Options {
     std::string state;
     Pace pace;
     std::int64_t rate = 0; // bytes a second; 0 as fast as it goes
+    bool sites = false;
     bool help = false;
 };
 
@@ -67,8 +72,8 @@ Options ReadOptions(int argc, char** argv)
     Options options;
     for (int i = 1; i < argc; ++i) {
         const std::string_view name = argv[i];
-        if (name == "--help") {
-            options.help = true;
+        if (name == "--help" || name == "--sites") {
+            (name == "--help" ? options.help : options.sites) = true;
             return options;
         }
         if (i + 1 == argc)
@@ -108,7 +113,8 @@ void SendSlowly(httplib::Response& response, const SampleAnswer& answer, std::in
 void AddRoutes(httplib::Server& server, SampleFeeds& feeds, const std::string& base,
     const std::string& pictures, std::int64_t rate)
 {
-    for (const std::string& path : SampleFeeds::Paths()) {
+    for (const Site* site : Sites()) {
+        const std::string path(site->feedPath);
         server.Get(path, [&feeds, base, path, rate](const httplib::Request&, httplib::Response& response) {
             const SampleAnswer answer = feeds.TakeFeed(path, base, std::chrono::steady_clock::now());
             response.set_header("Cache-Control", "no-store");
@@ -169,6 +175,12 @@ bool ServeUntilSignalled(httplib::Server& server, const sigset_t& endSignals)
     return served;
 }
 
+void PrintSites()
+{
+    for (const Site* site : Sites())
+        std::cout << site->identifier << " " << site->feedPath << "\n";
+}
+
 int Run(const Options& options)
 {
     // Every thread inherits this, so that the signals wait for sigwait.
@@ -202,9 +214,12 @@ int main(int argc, char** argv)
 {
     try {
         const vantro::Options options = vantro::ReadOptions(argc, argv);
-        if (!options.help)
+        if (!options.help && !options.sites)
             return vantro::Run(options);
-        std::cout << vantro::kUsage;
+        if (options.help)
+            std::cout << vantro::kUsage;
+        else
+            vantro::PrintSites();
         return 0;
     } catch (const std::invalid_argument& wrong) {
         std::cerr << "feedserver: " << wrong.what() << "\n\n" << vantro::kUsage;

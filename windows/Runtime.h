@@ -1,8 +1,8 @@
 #pragma once
 
-#include "feeds/SiteModule.h"
+#include "feeds/HostsFile.h"
+#include "feeds/SiteOperations.h"
 #include "platform/AsyncRead.h"
-#include "platform/HostsFile.h"
 #include "platform/Paths.h"
 #include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"

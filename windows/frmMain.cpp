@@ -5,7 +5,7 @@
 #include "downloader/SavedForm.h"
 #include "feeds/InformationPages.h"
 #include "feeds/ReadMarks.h"
-#include "feeds/SiteModules.h"
+#include "feeds/SiteOperations.h"
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
 #include "toolkit/ModalInput.h"
@@ -31,7 +31,7 @@ frmMain::frmMain(Runtime& runtime)
     : wxFrame(nullptr, wxID_ANY, {}, wxDefaultPosition, wxDefaultSize, wxDEFAULT_FRAME_STYLE, "frmMain"),
       runtime_(runtime),
       clicks_(runtime.tree,
-          {[this](const SiteModule& module, const std::string& key) { ShowPage(module, key); },
+          {[this](const Site& site, const std::string& key) { ShowPage(site, key); },
               [this](bool markRead, bool markUnread) { ShowPopup(markRead, markUnread); },
               [this](const std::string& text) {
                   messages_.Show({"click", std::string(ProductName), text});
@@ -41,25 +41,20 @@ frmMain::frmMain(Runtime& runtime)
       tv_(new NewsTreeView(this, runtime.tree, clicks_)),
       picDownload_(
           new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "picDownload")),
-      download_{MakeDownload(picDownload_, "download(0)"), MakeDownload(picDownload_, "download(1)"),
-          MakeDownload(picDownload_, "download(2)")},
-      Vantro_Download_(MakeDownload(this, "Vantro_Download")),
       webPlace_(new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "webPlace"))
 {
-    Vantro_Download_->Hide();
     webPlace_->SetBackgroundColour(*wxWHITE);
     webPlace_->SetSizer(new wxBoxSizer(wxVERTICAL));
     SetIcons(ProgramIcons());
     CreateStatusBar(1, wxSTB_DEFAULT_STYLE, wxID_ANY, "sBar");
     SetStatusBarPane(-1); // menus would put their help, which they do not have, over what stands there
     MakeMenus();
-    refresh_ = std::make_unique<RefreshCycle>(Services(),
-        RefreshCycle::Controls{Vantro_Download_->Engine(),
-            {&download_[0]->Engine(), &download_[1]->Engine(), &download_[2]->Engine()}},
+    refresh_ = std::make_unique<RefreshCycle>(
+        Services(), [this](const Site& site) -> DownloadEngine& { return MakeDownload(site)->Engine(); },
         runtime_.hosts, runtime_.folder.Path(), tmrDownload_,
         RefreshCycle::Outlets{
-            [this](int index, const std::string& text) {
-                messages_.Show({"download " + std::to_string(index), std::string(ProductName), text});
+            [this](int strip, const std::string& text) {
+                messages_.Show({"download " + std::to_string(strip), std::string(ProductName), text});
             },
             [this](const std::string& text) { SayMine(countdown_, text); }});
     BindEvents();
@@ -71,15 +66,18 @@ frmMain::~frmMain()
     tmrDownload_.Stop();
 }
 
-bkDLControl* frmMain::MakeDownload(wxWindow* parent, std::string_view name)
+bkDLControl* frmMain::MakeDownload(const Site& site)
 {
+    const std::string name = DownloadName(site);
+    wxWindow* parent = site.strip ? picDownload_ : static_cast<wxWindow*>(this);
     auto* control = new bkDLControl(parent, runtime_.reader, runtime_.pump);
-    control->SetName(wxString::FromUTF8(name.data(), name.size()));
+    control->Show(site.strip.has_value());
+    control->SetName(wxString::FromUTF8(name));
     control->ReadProperties(SavedProperties("frmMain", name));
-    control->ShowStartFailure = [this, subject = "start of " + std::string(name)](
-                                    const std::string& title, const std::string& text) {
-        messages_.Show({subject, title, text, true});
-    };
+    control->ShowStartFailure
+        = [this, subject = "start of " + name](const std::string& title, const std::string& text) {
+              messages_.Show({subject, title, text, true});
+          };
     return control;
 }
 
@@ -232,10 +230,10 @@ void frmMain::MarkPopupItem(void (*mark)(const FeedServices&, NewsNode&))
         mark(Services(), *item);
 }
 
-void frmMain::ShowPage(const SiteModule& module, const std::string& nodeKey)
+void frmMain::ShowPage(const Site& site, const std::string& nodeKey)
 {
     if (display_)
-        module.ShowItemPage(*display_, nodeKey, [this, &module] { module.UpdateSiteCounts(Services()); });
+        ShowItemPage(site, *display_, nodeKey, [this, &site] { UpdateSiteCounts(site, Services()); });
 }
 
 void frmMain::BringToFront()
@@ -272,7 +270,7 @@ Form frmMain::ThisForm()
 
 MainWindowParts frmMain::Parts()
 {
-    return {*tv_, *picDownload_, {download_[0], download_[1], download_[2]}, *webPlace_};
+    return {*tv_, *picDownload_, *webPlace_};
 }
 
 } // namespace vantro

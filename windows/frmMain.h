@@ -10,7 +10,6 @@
 #include "windows/frmOptions.h"
 #include "windows/modFrmCtrl.h"
 
-#include <array>
 #include <memory>
 #include <wx/frame.h>
 #include <wx/timer.h>
@@ -67,7 +66,7 @@ private:
     void LoadPages();
     void Form_Unload();
 
-    [[nodiscard]] bkDLControl* MakeDownload(wxWindow* parent, std::string_view name);
+    [[nodiscard]] bkDLControl* MakeDownload(const Site& site);
     void MakeMenus();
     void BindEvents();
     [[nodiscard]] Form ThisForm();
@@ -76,7 +75,7 @@ private:
     void mnuSettings_Click();
     void MarkPopupItem(void (*mark)(const FeedServices&, NewsNode&));
     void ShowPopup(bool markRead, bool markUnread);
-    void ShowPage(const SiteModule& module, const std::string& nodeKey);
+    void ShowPage(const Site& site, const std::string& nodeKey);
 
     void Say(const std::string& text);
     // Says `text`, which is `mine`, or takes it back when it is empty and nothing else has been said since.
@@ -92,8 +91,6 @@ private:
     // Children, owned by the window library.
     NewsTreeView* tv_;
     wxPanel* picDownload_;
-    std::array<bkDLControl*, 3> download_;
-    bkDLControl* Vantro_Download_;
     wxPanel* webPlace_; // holds the browser once that exists
     wxWeakRef<frmOptions> options_;
     StartLayout layout_;

@@ -155,11 +155,12 @@ StartLayout LayOutMainWindowAtStart(const wxFrame& form, const MainWindowParts& 
 {
     const TwipsPerPixel scale = ScreenTwipsPerPixel();
     const wxSize border = parts.picDownload.GetWindowBorderSize();
-    const StartLayout layout = LayOutAtStart(
-        InsideOf(form, scale), ToTwips(border.x, scale.horizontal), ToTwips(border.y, scale.vertical));
+    const wxWindowList& strips = parts.picDownload.GetChildren();
+    const StartLayout layout = LayOutAtStart(InsideOf(form, scale), strips.size(),
+        ToTwips(border.x, scale.horizontal), ToTwips(border.y, scale.vertical));
     Place(parts.picDownload, layout.picDownload, scale);
-    for (std::size_t index = 0; index < parts.download.size(); ++index)
-        Place(*parts.download[index], layout.download[index], scale);
+    for (auto place = layout.download.begin(); wxWindow * strip : strips)
+        Place(*strip, *place++, scale);
     Place(parts.tv, layout.tv, scale);
     return layout;
 }

@@ -3,7 +3,6 @@
 #include "settings/modRegistry.h"
 #include "shell/WindowPlacement.h"
 
-#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -38,12 +37,11 @@ void RestoreWindowPosition(const Form& form);
 void HookMainWindow(wxTopLevelWindow& window);
 void UnhookMainWindow(wxTopLevelWindow& window);
 
-// The parts of the main window that its layout places. All are its children, but `download`, which are
-// picDownload's.
+// The parts of the main window that its layout places. The download strips are the children of picDownload,
+// from the top.
 struct MainWindowParts {
     wxWindow& tv;
     wxWindow& picDownload;
-    std::array<wxWindow*, 3> download;
     wxWindow& web;
 };
 

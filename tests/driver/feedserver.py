@@ -5,12 +5,16 @@ import random
 import select
 import socket
 import struct
+import subprocess
 import threading
 import time
 from html import escape
 
-PATHS = {"VANTRO": "/vantro/vantro.xml", "XBINS": "/xbins.xml", "XBOXSCENE": "/xbox1data/xbox-scene.xml",
-         "MAXCONSOLE": "/rss/xboxfeed.rss"}
+from .reader import program
+
+# The path of each site's feed, by the site's key.
+PATHS = dict(line.split() for line in subprocess.check_output(
+    [program().removesuffix("vantro") + "feedserver", "--sites"], text=True).splitlines())
 
 STALL = 8.0  # seconds
 DROPS, DROP_SIZE, DROP_EVERY = 200, 40, 0.02  # seconds
@@ -164,7 +168,7 @@ MISBEHAVIOURS = (slow, gzipped, packed_wrong, chunked, not_found, moved, moved_i
 
 
 def document(titles, address):
-    """A feed with an item for each title that has every element any of the four sites takes."""
+    """A feed with an item for each title that has every element any site takes."""
     items = "".join(
         f"<item><title>{escape(title)}</title><link>{address}/page/{number}</link><homepage>{address}/home</homepage>"
         f"<date>5 July 2003</date><releasedate>2003-07-05</releasedate>"

@@ -73,7 +73,7 @@ class Reader:
         self.errors = home / "errors"
         for folder in ("config/vantro", "data/vantro", "cache"):
             (home / folder).mkdir(parents=True)
-        hosts = "".join(f"{site}={address}\n" for site in ("VANTRO", "XBINS", "XBOXSCENE", "MAXCONSOLE"))
+        hosts = "".join(f"{site}={address}\n" for site in lists)
         (home / "config/vantro/vantro.ini").write_text("[Hosts]\n" + hosts)
         write_store(self.store_file, settings, lists)
 

@@ -1,6 +1,5 @@
 #include "tests/support/FeedFixture.h"
 
-#include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
@@ -42,43 +41,38 @@ void FeedFixture::Restart(const StoreOptions& options)
     LoadStoredItems(Services());
 }
 
-void FeedFixture::Receive(const SiteModule& module, std::string_view feed)
+void FeedFixture::Receive(const Site& site, std::string_view feed)
 {
     const fs::path file = folder_.Write("received.xml", feed);
-    module.MergeFeed(Services(), file);
+    MergeFeed(site, Services(), file);
     EXPECT_FALSE(fs::exists(file)) << "a downloaded file does not outlive its merge";
 }
 
-void FeedFixture::ReceiveTitles(const SiteModule& module, const Titles& titles)
+void FeedFixture::ReceiveTitles(const Site& site, const Titles& titles)
 {
     std::string feed = "<rss><channel><title>Channel</title>\n";
     for (const std::string& title : titles)
         feed += "<item><title>" + title + "</title><link>http://news.example/" + title + "</link></item>\n";
-    Receive(module, feed);
+    Receive(site, feed);
 }
 
-NewsNode& FeedFixture::Item(const SiteModule& module, std::string_view title) const
+NewsNode& FeedFixture::Item(const Site& site, std::string_view title) const
 {
-    for (const auto& node : Site(module).Children()) {
+    for (const auto& node : Root(site).Children()) {
         if (node->Text() == title)
             return *node;
     }
     throw std::runtime_error("no item " + std::string(title));
 }
 
-Titles FeedFixture::ListTitles(const SiteModule& module, bool unread_only) const
+Titles FeedFixture::ListTitles(const Site& site, bool unread_only) const
 {
     Titles titles;
-    for (const auto& node : Site(module).Children()) {
+    for (const auto& node : Root(site).Children()) {
         if (!unread_only || IsUnread(node->Tag()))
             titles.push_back(node->Text());
     }
     return titles;
-}
-
-std::string FeedFixture::Stored(const SiteModule& module, int item, std::string_view value) const
-{
-    return ItemStore(*registry_, module.Row()).ReadText(item, value);
 }
 
 } // namespace vantro

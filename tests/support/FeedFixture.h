@@ -1,10 +1,7 @@
 #pragma once
 
-#include "feeds/SiteModules.h"
-#include "feeds/modMAXCONSOLE.h"
-#include "feeds/modVANTRO.h"
-#include "feeds/modXBINS.h"
-#include "feeds/modXBOXSCENE.h"
+#include "feeds/ItemStore.h"
+#include "feeds/SiteOperations.h"
 #include "settings/modRegistry.h"
 
 #include <filesystem>
@@ -38,18 +35,21 @@ protected:
     FeedFixture() { Restart(); }
 
     // Merges a feed of this text, or one made of these titles, as if it had just been downloaded.
-    void Receive(const SiteModule& module, std::string_view feed);
-    void ReceiveTitles(const SiteModule& module, const Titles& titles);
+    void Receive(const Site& site, std::string_view feed);
+    void ReceiveTitles(const Site& site, const Titles& titles);
     // Closes store and tree and starts again from what is on disk.
     void Restart(const StoreOptions& options = {});
 
-    NewsNode& Site(const SiteModule& module) const { return *tree_->Find(module.Row().identifier); }
-    std::string Caption(const SiteModule& module) const { return Site(module).Text(); }
-    NewsNode& Item(const SiteModule& module, std::string_view title) const;
-    Titles ListTitles(const SiteModule& module, bool unread_only) const;
-    Titles TreeTitles(const SiteModule& module) const { return ListTitles(module, false); }
-    Titles UnreadTitles(const SiteModule& module) const { return ListTitles(module, true); }
-    std::string Stored(const SiteModule& module, int item, std::string_view value) const;
+    NewsNode& Root(const Site& site) const { return *tree_->Find(site.identifier); }
+    std::string Caption(const Site& site) const { return Root(site).Text(); }
+    NewsNode& Item(const Site& site, std::string_view title) const;
+    Titles ListTitles(const Site& site, bool unread_only) const;
+    Titles TreeTitles(const Site& site) const { return ListTitles(site, false); }
+    Titles UnreadTitles(const Site& site) const { return ListTitles(site, true); }
+    std::string Stored(const Site& site, int item, std::string_view value) const
+    {
+        return ItemStore(*registry_, site).ReadText(item, value);
+    }
     // Numbers directly under the program's key: options and places.
     RegValue Option(std::string_view name) const { return registry_->ReadRegValue(RegRoot, RegPath, name); }
     void SetOption(std::string_view name, int value)

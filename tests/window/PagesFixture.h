@@ -59,17 +59,17 @@ protected:
         return FALSE;
     }
 
-    void Begin(const SiteModule& module, int item = 1)
+    void Begin(const Site& site, int item = 1)
     {
         went_.clear();
         // The display before, which this one ends, reports as well.
-        module.ShowItemPage(*display_, std::string(module.Row().prefix) + std::to_string(item),
+        ShowItemPage(site, *display_, std::string(site.prefix) + std::to_string(item),
             [this, mine = ++begun_] { shown_ = mine == begun_; });
         shown_ = false;
     }
-    void Show(const SiteModule& module, int item = 1)
+    void Show(const Site& site, int item = 1)
     {
-        Begin(module, item);
+        Begin(site, item);
         ASSERT_TRUE(PumpUntil([this] { return shown_; }));
     }
     static void Pump(std::chrono::milliseconds time) { Rest(time); }
@@ -81,10 +81,10 @@ protected:
     {
         return test::ColourAt(*browser_->Window(), {x, y});
     }
-    void ReceiveLink(const SiteModule& module, const std::string& link, const std::string& description = {})
+    void ReceiveLink(const Site& site, const std::string& link, const std::string& description = {})
     {
         static int number = 0;
-        Receive(module,
+        Receive(site,
             "<item><title>" + std::to_string(++number) + kWideLink + "</title><link>" + link
                 + "</link><description>" + kWideLink + description + "</description></item>");
     }

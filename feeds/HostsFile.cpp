@@ -1,7 +1,7 @@
-#include "platform/HostsFile.h"
+#include "feeds/HostsFile.h"
 
-#include "base/BuildSettings.h"
 #include "base/TextCoding.h"
+#include "feeds/Sites.h"
 
 #include <glib.h>
 #include <memory>
@@ -33,9 +33,9 @@ bool IsBaseAddress(const std::string& address)
     return named;
 }
 
-void Take(GKeyFile* ini, const char* key, std::string& address, std::string& notice)
+void Take(GKeyFile* ini, const std::string& key, std::string& address, std::string& notice)
 {
-    Glib<gchar> value(g_key_file_get_string(ini, "Hosts", key, nullptr));
+    Glib<gchar> value(g_key_file_get_string(ini, "Hosts", key.c_str(), nullptr));
     if (!value)
         return;
     std::string given = value.get();
@@ -44,7 +44,7 @@ void Take(GKeyFile* ini, const char* key, std::string& address, std::string& not
     if (IsBaseAddress(given))
         address = given;
     else
-        notice = "vantro.ini: the address of " + std::string(key) + " (\"" + OneLine(given, 60)
+        notice = "vantro.ini: the address of " + key + " (\"" + OneLine(given, 60)
             + "\") is no http address; the built-in one is used.";
 }
 
@@ -52,8 +52,9 @@ void Take(GKeyFile* ini, const char* key, std::string& address, std::string& not
 
 FeedHosts ReadHostsFile(const std::filesystem::path& file)
 {
-    FeedHosts hosts{std::string(kBuildSettings.hostVantro), std::string(kBuildSettings.hostXbins),
-        std::string(kBuildSettings.hostXboxScene), std::string(kBuildSettings.hostMaxConsole), {}};
+    FeedHosts hosts;
+    for (const Site* site : Sites())
+        hosts.addresses[site] = BuiltInHost(*site);
     Glib<GKeyFile> ini(g_key_file_new());
     GError* raw = nullptr;
     const bool loaded = g_key_file_load_from_file(ini.get(), file.c_str(), G_KEY_FILE_NONE, &raw) != FALSE;
@@ -66,10 +67,8 @@ FeedHosts ReadHostsFile(const std::filesystem::path& file)
                 + OneLine(DecodeFeedText(raw->message), 120);
         return hosts;
     }
-    Take(ini.get(), "VANTRO", hosts.vantro, hosts.notice);
-    Take(ini.get(), "XBINS", hosts.xbins, hosts.notice);
-    Take(ini.get(), "XBOXSCENE", hosts.xboxScene, hosts.notice);
-    Take(ini.get(), "MAXCONSOLE", hosts.maxConsole, hosts.notice);
+    for (const Site* site : Sites())
+        Take(ini.get(), std::string(site->identifier), hosts.addresses[site], hosts.notice);
     return hosts;
 }
 

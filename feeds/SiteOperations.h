@@ -1,0 +1,54 @@
+#pragma once
+
+#include "feeds/NewsTree.h"
+#include "feeds/Sites.h"
+#include "settings/modRegistry.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace vantro {
+
+class PageDisplay;
+
+// What the site operations work on. Everything outlives them.
+struct FeedServices {
+    RegistryStore& store;
+    modRegistry& registry;
+    NewsTree& tree;
+    // Paints what waits to be painted and handles no other event.
+    std::function<void()> paint;
+    std::function<void(const std::string&)> say; // puts a sentence where the user looks
+};
+
+// The operations of a site, the same for all but for the site's row. Interface thread only.
+
+// The most items of a feed that are taken, so that no feed holds the window for long.
+inline constexpr std::size_t kMostItems = 20'000;
+
+// Folds a downloaded feed file into the store and the tree, all or nothing, and deletes the file. A feed
+// without any new title changes nothing. A feed with more than kMostItems gives its first ones, which is
+// said. What cannot be stored is said, and then the old list stays.
+void MergeFeed(const Site& site, const FeedServices& services, const std::filesystem::path& file);
+
+// Builds the site's item nodes from the store. Run once, when the site node has no items.
+void LoadSiteItems(const Site& site, const FeedServices& services);
+
+// Lets the window paint, then rewrites the site node's caption with the counts of new, unread and
+// stored items, sets it bold when some are new, and then expands it if "Auto Expand New" is on.
+void UpdateSiteCounts(const Site& site, const FeedServices& services);
+
+// Shows the page of an item, marked read; `shown` is called when the display has ended.
+void ShowItemPage(
+    const Site& site, PageDisplay& display, std::string_view nodeKey, std::function<void()> shown);
+
+// The site whose item nodes have keys of this prefix; null when there is none. Letter case counts.
+[[nodiscard]] const Site* FindSite(std::string_view nodeKey);
+
+// Adds the root nodes of all sites to an empty tree.
+void AddSiteRoots(NewsTree& tree);
+
+} // namespace vantro
