@@ -1,6 +1,7 @@
 #include "feeds/InformationPages.h"
 
 #include "feeds/PageDisplay.h"
+#include "feeds/SiteCheck.h"
 
 namespace vantro {
 
@@ -29,6 +30,8 @@ constexpr std::string_view kDonationsDeleted[]
     = {"newspaper.gif", "vantro.jpg", "xbox-x.jpg", "donations.htm", "paypal.gif", "nochex.gif"};
 constexpr PageRecipe kDonations{
     "VANTRO", kDonationsSaved, kDonationsFilled, "donations.htm", kDonationsDeleted};
+
+static_assert(IsConsistent(kAbout) && IsConsistent(kHelp) && IsConsistent(kDonations));
 
 } // namespace
 

@@ -1,3 +1,4 @@
+#include "feeds/SiteCheck.h"
 #include "feeds/Sites.h"
 
 namespace vantro {
@@ -49,5 +50,6 @@ constexpr Site modMAXCONSOLE{
     .stored = kFields,
     .page = &kPage,
 };
+static_assert(IsConsistent(modMAXCONSOLE));
 
 } // namespace vantro

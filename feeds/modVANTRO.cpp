@@ -1,4 +1,5 @@
 #include "base/modMain.h"
+#include "feeds/SiteCheck.h"
 #include "feeds/Sites.h"
 
 namespace vantro {
@@ -57,5 +58,6 @@ constexpr Site modVANTRO{
     .stored = kStored,
     .page = &kPage,
 };
+static_assert(IsConsistent(modVANTRO));
 
 } // namespace vantro

@@ -1,3 +1,4 @@
+#include "feeds/SiteCheck.h"
 #include "feeds/Sites.h"
 
 namespace vantro {
@@ -55,5 +56,6 @@ constexpr Site modXBINS{
     .stored = kFields,
     .page = &kPage,
 };
+static_assert(IsConsistent(modXBINS));
 
 } // namespace vantro

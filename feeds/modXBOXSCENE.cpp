@@ -1,3 +1,4 @@
+#include "feeds/SiteCheck.h"
 #include "feeds/Sites.h"
 
 namespace vantro {
@@ -51,5 +52,6 @@ constexpr Site modXBOXSCENE{
     .stored = kFields,
     .page = &kPage,
 };
+static_assert(IsConsistent(modXBOXSCENE));
 
 } // namespace vantro
