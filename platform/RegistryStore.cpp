@@ -30,7 +30,7 @@ struct RegistryStore::Connection {
     // waited for again until a write has succeeded: the user would sit through every single one.
     void NoteFailure(int code)
     {
-        if (in_batch && !failure)
+        if (inBatch && !failure)
             failure = FailureSentence(Handle(), code);
         if ((code & 0xff) == SQLITE_BUSY)
             SetPatient(false);
@@ -38,7 +38,7 @@ struct RegistryStore::Connection {
 
     void SetPatient(bool patient)
     {
-        if (std::exchange(waits_for_locks, patient) != patient)
+        if (std::exchange(waitsForLocks, patient) != patient)
             WaitForLocks(Handle(), patient);
     }
 
@@ -55,18 +55,18 @@ struct RegistryStore::Connection {
     // A batch that has failed writes nothing more; one that only reads never takes the lock.
     [[nodiscard]] bool MayWrite()
     {
-        if (!in_batch || has_lock || failure)
+        if (!inBatch || hasLock || failure)
             return !failure;
         // SQLite does not wait for the lock inside a transaction that has read. What another program wrote
         // before the lock was there may have taken the remembered key.
-        has_lock = Succeeded(Execute("COMMIT; BEGIN IMMEDIATE"));
+        hasLock = Succeeded(Execute("COMMIT; BEGIN IMMEDIATE"));
         Forget();
-        return has_lock;
+        return hasLock;
     }
 
-    [[nodiscard]] int Execute(const char* constant_sql) const
+    [[nodiscard]] int Execute(const char* constantSql) const
     {
-        return sqlite3_exec(Handle(), constant_sql, nullptr, nullptr, nullptr);
+        return sqlite3_exec(Handle(), constantSql, nullptr, nullptr, nullptr);
     }
 
     // What cannot be read is missing, outside a batch. In one it is a failure: what would be written then
@@ -80,24 +80,24 @@ struct RegistryStore::Connection {
 
     KeyId Find(std::string_view path)
     {
-        const auto result = find_key.Run({path});
+        const auto result = findKey.Run({path});
         return Found(result) ? result.Number(0) : 0;
     }
 
     KeyId FindLeaf(std::string_view path, const Below& below)
     {
-        const auto result = find_leaf.Run({path, below.begin, below.end});
+        const auto result = findLeaf.Run({path, below.begin, below.end});
         return Found(result) ? result.Number(0) : 0;
     }
 
     // Stands in for the file's foreign key, see StoreFile.cpp. A write to a key that has gone is lost, and
     // nothing is wrong with the store.
-    [[nodiscard]] bool HasKey(KeyId key) { return key == remembered_key || Found(has_key.Run({key})); }
+    [[nodiscard]] bool HasKey(KeyId key) { return key == rememberedKey || Found(hasKey.Run({key})); }
 
     // The keys of a list are created one after the other: the level above them needs no looking up.
     [[nodiscard]] bool IsBesideRemembered(std::string_view path) const
     {
-        return remembered_key && ParentOf(path) == ParentOf(remembered_path);
+        return rememberedKey && ParentOf(path) == ParentOf(rememberedPath);
     }
 
     KeyId CreateLevels(std::string_view path)
@@ -109,7 +109,7 @@ struct RegistryStore::Connection {
         }
         for (std::size_t end = known.size(); end < path.size();) {
             end = std::min(path.find('\\', end + 1), path.size());
-            if (!MayWrite() || !Succeeded(insert_key.Run({path.substr(0, end)}).Code()))
+            if (!MayWrite() || !Succeeded(insertKey.Run({path.substr(0, end)}).Code()))
                 return 0;
         }
         return sqlite3_changes(Handle()) == 1 ? sqlite3_last_insert_rowid(Handle()) : Find(path);
@@ -118,16 +118,16 @@ struct RegistryStore::Connection {
     KeyId Remember(std::string_view path, KeyId key)
     {
         if (key) {
-            remembered_path = path;
-            remembered_key = key;
+            rememberedPath = path;
+            rememberedKey = key;
         }
         return key;
     }
 
     void Forget()
     {
-        remembered_path.clear();
-        remembered_key = 0;
+        rememberedPath.clear();
+        rememberedKey = 0;
     }
 
     void Rollback()
@@ -141,38 +141,38 @@ struct RegistryStore::Connection {
 
     void EndBatch()
     {
-        in_batch = false;
-        has_lock = false;
+        inBatch = false;
+        hasLock = false;
         failure.reset();
     }
 
     [[nodiscard]] sqlite3* Handle() const { return store.database.get(); }
 
     OpenedStore store;
-    SqliteStatement find_key{Handle(), "SELECT id FROM reg_key WHERE path = ?1"};
-    SqliteStatement insert_key{Handle(), "INSERT INTO reg_key(path) VALUES(?1) ON CONFLICT DO NOTHING"};
-    SqliteStatement has_key{Handle(), "SELECT 1 FROM reg_key WHERE id = ?1"};
+    SqliteStatement findKey{Handle(), "SELECT id FROM reg_key WHERE path = ?1"};
+    SqliteStatement insertKey{Handle(), "INSERT INTO reg_key(path) VALUES(?1) ON CONFLICT DO NOTHING"};
+    SqliteStatement hasKey{Handle(), "SELECT 1 FROM reg_key WHERE id = ?1"};
     // ?2 and ?3 enclose what lies below the key, so that the index answers, which it does not for LIKE.
-    SqliteStatement find_leaf{Handle(),
+    SqliteStatement findLeaf{Handle(),
         "SELECT id FROM reg_key WHERE path = ?1"
         " AND NOT EXISTS (SELECT 1 FROM reg_key WHERE path >= ?2 AND path < ?3)"};
-    SqliteStatement all_below{
+    SqliteStatement allBelow{
         Handle(), "SELECT substr(path, length(?1) + 1) FROM reg_key WHERE path >= ?1 AND path < ?2"};
-    SqliteStatement delete_values{Handle(), "DELETE FROM reg_value WHERE key_id = ?1"};
-    SqliteStatement delete_key{Handle(), "DELETE FROM reg_key WHERE id = ?1"};
-    SqliteStatement set_value{Handle(),
+    SqliteStatement deleteValues{Handle(), "DELETE FROM reg_value WHERE key_id = ?1"};
+    SqliteStatement deleteKey{Handle(), "DELETE FROM reg_key WHERE id = ?1"};
+    SqliteStatement setValue{Handle(),
         "INSERT INTO reg_value(key_id, name, type, data) VALUES(?1, ?2, ?3, ?4)"
         " ON CONFLICT(key_id, name) DO UPDATE SET type = excluded.type, data = excluded.data"};
-    SqliteStatement query_value{Handle(), "SELECT type, data FROM reg_value WHERE key_id = ?1 AND name = ?2"};
+    SqliteStatement queryValue{Handle(), "SELECT type, data FROM reg_value WHERE key_id = ?1 AND name = ?2"};
 
     // The key last opened or created: a series of writes goes to one key, and looks it up once.
-    std::string remembered_path;
-    KeyId remembered_key = 0;
+    std::string rememberedPath;
+    KeyId rememberedKey = 0;
 
-    bool in_batch = false;
-    bool has_lock = false; // of the batch, which takes it with its first write
+    bool inBatch = false;
+    bool hasLock = false; // of the batch, which takes it with its first write
     std::optional<std::string> failure; // of the batch
-    bool waits_for_locks = true;
+    bool waitsForLocks = true;
 };
 
 RegistryStore::RegistryStore(const std::filesystem::path& file, const StoreOptions& options)
@@ -198,8 +198,8 @@ RegistryStore::KeyId RegistryStore::OpenKey(std::string_view path)
     const std::string_view stored = StoredForm(path, buffer);
     if (stored.empty())
         return 0;
-    if (stored == connection_->remembered_path)
-        return connection_->remembered_key;
+    if (stored == connection_->rememberedPath)
+        return connection_->rememberedKey;
     return connection_->Remember(stored, connection_->Find(stored));
 }
 
@@ -208,14 +208,14 @@ RegistryStore::KeyId RegistryStore::CreateKey(std::string_view path)
     std::string buffer;
     const std::string_view stored = StoredForm(path, buffer);
     // In a batch the key is most likely new, and its insertion finds out.
-    const bool likely_new = connection_->in_batch && connection_->IsBesideRemembered(stored);
-    if (const KeyId key = likely_new ? 0 : OpenKey(stored); key || stored.empty() || !connection_->MayWrite())
+    const bool likelyNew = connection_->inBatch && connection_->IsBesideRemembered(stored);
+    if (const KeyId key = likelyNew ? 0 : OpenKey(stored); key || stored.empty() || !connection_->MayWrite())
         return key;
-    if (connection_->in_batch)
+    if (connection_->inBatch)
         return connection_->Remember(stored, connection_->CreateLevels(stored));
-    Batch all_levels(*this);
+    Batch allLevels(*this);
     const KeyId key = CreateKey(stored);
-    return all_levels.Commit() ? 0 : key;
+    return allLevels.Commit() ? 0 : key;
 }
 
 bool RegistryStore::DeleteKey(std::string_view path)
@@ -225,14 +225,14 @@ bool RegistryStore::DeleteKey(std::string_view path)
     if (stored.empty() || !connection_->MayWrite())
         return false;
     const Below below(stored);
-    if (!connection_->in_batch) {
-        Batch key_and_values(*this);
-        return DeleteKey(stored) && !key_and_values.Commit();
+    if (!connection_->inBatch) {
+        Batch keyAndValues(*this);
+        return DeleteKey(stored) && !keyAndValues.Commit();
     }
     const KeyId key = connection_->FindLeaf(stored, below);
     connection_->Forget();
-    return key && connection_->Succeeded(connection_->delete_values.Run({key}).Code())
-        && connection_->Succeeded(connection_->delete_key.Run({key}).Code());
+    return key && connection_->Succeeded(connection_->deleteValues.Run({key}).Code())
+        && connection_->Succeeded(connection_->deleteKey.Run({key}).Code());
 }
 
 bool RegistryStore::SetValue(
@@ -242,12 +242,12 @@ bool RegistryStore::SetValue(
         || !connection_->HasKey(key))
         return false;
     const auto number = static_cast<std::int64_t>(type);
-    return connection_->Succeeded(connection_->set_value.Run({key, name, number, data}).Code());
+    return connection_->Succeeded(connection_->setValue.Run({key, name, number, data}).Code());
 }
 
 std::optional<RegistryStore::StoredValue> RegistryStore::QueryValue(KeyId key, std::string_view name)
 {
-    const auto result = connection_->query_value.Run({key, name});
+    const auto result = connection_->queryValue.Run({key, name});
     if (!connection_->Found(result))
         return std::nullopt;
     StoredValue value{static_cast<std::int32_t>(result.Number(0)), {}};
@@ -263,7 +263,7 @@ std::vector<std::int32_t> RegistryStore::NumberedSubKeys(std::string_view path, 
     std::string buffer;
     const Below below(StoredForm(path, buffer));
     std::vector<std::int32_t> numbers;
-    auto row = connection_->all_below.Run({below.begin, below.end});
+    auto row = connection_->allBelow.Run({below.begin, below.end});
     for (; connection_->Found(row); row.Next()) {
         if (const std::int32_t number = NumberNamed(row.Text(0)); number >= 1 && number <= last)
             numbers.push_back(number);
@@ -275,23 +275,23 @@ std::vector<std::int32_t> RegistryStore::NumberedSubKeys(std::string_view path, 
 RegistryStore::Batch::Batch(RegistryStore& store) : store_(store)
 {
     Connection& connection = *store_.connection_;
-    assert(!connection.in_batch);
-    connection.in_batch = true;
+    assert(!connection.inBatch);
+    connection.inBatch = true;
     if (const int code = connection.Execute("BEGIN"); code != SQLITE_OK)
         connection.NoteFailure(code);
 }
 
 RegistryStore::Batch::~Batch()
 {
-    if (store_.connection_->in_batch)
+    if (store_.connection_->inBatch)
         store_.connection_->Rollback();
 }
 
 std::optional<std::string> RegistryStore::Batch::Commit()
 {
     Connection& connection = *store_.connection_;
-    assert(connection.in_batch);
-    if (connection.has_lock && !connection.failure && connection.Succeeded(connection.Execute("COMMIT"))) {
+    assert(connection.inBatch);
+    if (connection.hasLock && !connection.failure && connection.Succeeded(connection.Execute("COMMIT"))) {
         connection.EndBatch();
         return std::nullopt;
     }
