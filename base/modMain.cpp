@@ -1,6 +1,7 @@
 #include "base/modMain.h"
 
 #include "base/BuildSettings.h"
+
 #include <string>
 
 namespace vantro {

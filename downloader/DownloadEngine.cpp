@@ -6,7 +6,9 @@
 #include <utility>
 
 namespace vantro {
+
 namespace {
+
 constexpr char kSeparator = '/';
 
 std::string FileNamePart(const std::string& address)
@@ -18,6 +20,7 @@ std::string JoinPath(const std::string& folder, const std::string& name)
 {
     return folder.ends_with(kSeparator) ? folder + name : folder + kSeparator + name;
 }
+
 } // namespace
 
 DownloadEngine::DownloadEngine(AsyncRead& reader, EventPump& pump, DownloadHooks hooks)

@@ -6,7 +6,9 @@
 #include <optional>
 
 namespace vantro {
+
 namespace {
+
 char LowerLetter(char c)
 {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -93,6 +95,7 @@ std::string_view TakeWord(std::string_view& text)
     text = Trim(text.substr(word.size()));
     return word;
 }
+
 } // namespace
 
 const PropertyBag::Property* PropertyBag::Find(std::string_view name) const

@@ -9,6 +9,7 @@
 namespace vantro {
 
 namespace {
+
 constexpr std::string_view kTotalItems = "TotalItems";
 constexpr std::string_view kTag = "Tag";
 // Beyond as many as are stored. What is lost by damage is less.
@@ -19,6 +20,7 @@ bool IsCredible(std::int32_t number, std::int32_t stored)
 {
     return number - stored <= kMostMissing || number - stored - kMostMissing <= stored;
 }
+
 } // namespace
 
 FeedItem TakeItem(const Site& site, std::string_view itemText)

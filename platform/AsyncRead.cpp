@@ -11,7 +11,9 @@
 #include <utility>
 
 namespace vantro {
+
 namespace {
+
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::minutes kIdlePoll(1); // an order wakes the poll; this is only how long it may sleep
 
@@ -21,6 +23,7 @@ struct CurlLibrary {
     CurlLibrary(const CurlLibrary&) = delete;
     CurlLibrary& operator=(const CurlLibrary&) = delete;
 };
+
 } // namespace
 
 // The worker thread and the two queues between it and the interface thread: orders in, notes out.

@@ -5,7 +5,9 @@
 #include <utility>
 
 namespace vantro {
+
 namespace {
+
 constexpr int kMostUnderWay = 16; // more are never needed: the others hang, and so would the next
 
 template <class T, auto Free>
@@ -38,6 +40,7 @@ std::string InNotationOfLibcurl(std::string_view proxy)
             return "socks5h:" + std::string(proxy.substr(scheme.size()));
     return std::string(proxy);
 }
+
 } // namespace
 
 ProxyAnswer AskForProxies(GProxyResolver* resolver, const std::string& origin, const std::stop_token& stop)

@@ -4,13 +4,16 @@
 #include <utility>
 
 namespace vantro {
+
 namespace {
+
 constexpr std::chrono::milliseconds kProgressPause(33);
 
 bool IsProgress(const ReadNote& note)
 {
     return !note.isComplete && note.property.StatusCode == ReadStatusCode::DataArriving;
 }
+
 } // namespace
 
 void OrderQueue::Give(ReadOrder order)

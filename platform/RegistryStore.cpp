@@ -8,6 +8,7 @@
 #include <utility>
 
 namespace vantro {
+
 namespace {
 
 // The bounds of what lies below a key in the order of the index.

@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 namespace vantro {
+
 namespace {
+
 std::string Describe(int error)
 {
     return std::generic_category().message(error);
@@ -24,6 +26,7 @@ std::optional<std::string> WriteBytes(const std::string& path, const std::string
         error = errno;
     return error == 0 ? std::nullopt : std::optional(Describe(error));
 }
+
 } // namespace
 
 std::optional<std::string> ReplaceFile(const std::string& path, const std::string& bytes)

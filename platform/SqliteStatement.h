@@ -1,10 +1,9 @@
 #pragma once
 
-#include <sqlite3.h>
-
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <sqlite3.h>
 #include <string>
 #include <string_view>
 #include <variant>

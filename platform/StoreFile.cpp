@@ -10,6 +10,7 @@
 #include <vector>
 
 namespace vantro {
+
 namespace {
 
 namespace fs = std::filesystem;

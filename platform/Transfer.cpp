@@ -10,7 +10,9 @@
 #include <utility>
 
 namespace vantro {
+
 namespace {
+
 constexpr std::size_t kHeadLimit = 256UL * 1024; // bytes of header lines of one hop, interim answers included
 // Bytes a second. A server that drips a byte a second counts as silent, or its transfer would never end.
 constexpr long kSilentBelow = 10;
@@ -21,6 +23,7 @@ std::int32_t Clamp32(std::int64_t bytes)
     return static_cast<std::int32_t>(
         std::clamp<std::int64_t>(bytes, 0, std::numeric_limits<std::int32_t>::max()));
 }
+
 } // namespace
 
 Transfer::Transfer(const TransferSettings& settings, std::string address, Post post, AskProxies askProxies)

@@ -7,6 +7,7 @@
 #include <string>
 
 namespace vantro {
+
 namespace {
 
 std::string WithoutBlanks(std::string_view text)

@@ -5,6 +5,7 @@
 #include <limits>
 
 namespace vantro {
+
 namespace {
 
 constexpr int kDone = 0;

@@ -6,6 +6,7 @@
 #include <cassert>
 
 namespace vantro {
+
 namespace {
 
 constexpr std::int32_t kNoMaximum = -1;

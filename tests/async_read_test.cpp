@@ -1,6 +1,5 @@
 #include "platform/AsyncRead.h"
 #include "platform/ReadQueues.h"
-
 #include "tests/support/HttpServer.h"
 #include "tests/support/TestPump.h"
 

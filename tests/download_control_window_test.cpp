@@ -5,10 +5,9 @@
 #include "toolkit/WxEventPump.h"
 #include "windows/bkDLControl.h"
 
+#include <sstream>
 #include <wx/frame.h>
 #include <wx/panel.h>
-
-#include <sstream>
 
 namespace vantro::test {
 

@@ -1,7 +1,6 @@
 #include "downloader/DownloadEngine.h"
 #include "downloader/PropertyBag.h"
 #include "platform/Files.h"
-
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
 #include "tests/support/TestPump.h"

@@ -2,6 +2,7 @@
 #include "tests/window/PagesFixture.h"
 
 namespace vantro::test {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -188,4 +189,5 @@ TEST_F(PagesWindowTest, CookiesAreForPagesThatAreFollowedOnly)
 }
 
 } // namespace
+
 } // namespace vantro::test

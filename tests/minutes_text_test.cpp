@@ -1,7 +1,6 @@
 #include "settings/MinutesText.h"
 
 #include <gtest/gtest.h>
-
 #include <limits>
 
 namespace vantro {

@@ -1,7 +1,6 @@
 #include "settings/modRegistry.h"
 
 #include <gtest/gtest.h>
-
 #include <limits>
 
 namespace vantro {

@@ -10,6 +10,7 @@
 #include <set>
 
 namespace vantro {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -260,4 +261,5 @@ TEST_F(PageDisplayTest, SaysWhatWentWrongAndEnds)
 }
 
 } // namespace
+
 } // namespace vantro

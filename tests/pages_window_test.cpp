@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 namespace vantro::test {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -155,4 +156,5 @@ TEST_F(PagesWindowTest, NoPageFollowedToCanHoldTheBrowser)
 }
 
 } // namespace
+
 } // namespace vantro::test

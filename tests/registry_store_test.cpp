@@ -3,15 +3,14 @@
 #include "platform/SqliteStatement.h"
 #include "tests/support/FeedFixture.h"
 
-#include <fcntl.h>
-#include <sys/fsuid.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <chrono>
+#include <fcntl.h>
 #include <fstream>
 #include <functional>
 #include <set>
+#include <sys/fsuid.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 // What the system is asked for. One rename can be made to fail.
 static int syncs = 0;

@@ -2,12 +2,12 @@
 #include "feeds/ItemTag.h"
 #include "feeds/SiteOperations.h"
 
-#include <gtest/gtest.h>
-
 #include <glib.h>
+#include <gtest/gtest.h>
 #include <regex>
 
 namespace vantro {
+
 namespace {
 
 std::string Digest(std::string_view script)
@@ -87,4 +87,5 @@ TEST(Templates, HoldWhatTheRecipesReplaceAndNothingMore)
 }
 
 } // namespace
+
 } // namespace vantro

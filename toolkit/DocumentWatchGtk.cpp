@@ -5,8 +5,10 @@
 namespace vantro {
 
 namespace {
+
 constexpr unsigned kNoContent = 204;
 constexpr unsigned kResetContent = 205;
+
 } // namespace
 
 DocumentWatch::DocumentWatch(WebKitWebView* view, std::function<void(const DocumentEnd&)> report)

@@ -12,10 +12,12 @@
 namespace vantro {
 
 namespace {
+
 // Device-independent pixels.
 constexpr int kWidestText = 420;
 constexpr int kGap = 12;
 constexpr int kBesideTitle = 120; // what the window manager's buttons take of the title bar
+
 } // namespace
 
 MessageDialog::MessageDialog(wxWindow* parent, const std::string& title, const std::string& text,

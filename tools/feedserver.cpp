@@ -1,10 +1,7 @@
 // Serves the sample feeds on this machine, for the demo and for tests: `feedserver --help` tells how.
 
 #include "SampleFeeds.h"
-
 #include "feeds/Sites.h"
-
-#include <httplib.h>
 
 #include <algorithm>
 #include <atomic>
@@ -12,13 +9,13 @@
 #include <csignal>
 #include <cstring>
 #include <exception>
+#include <httplib.h>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
-
 #include <unistd.h>
 
 namespace vantro {

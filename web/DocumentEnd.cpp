@@ -5,6 +5,7 @@
 namespace vantro {
 
 namespace {
+
 constexpr unsigned kFirstErrorStatus = 400;
 
 std::string Remedy(bool opened)
@@ -12,6 +13,7 @@ std::string Remedy(bool opened)
     return opened ? " It was opened in your browser."
                   : " Ctrl and a click on its link open it in your browser.";
 }
+
 } // namespace
 
 bool IsForAnotherBrowser(const DocumentEnd& end)

@@ -6,7 +6,9 @@
 #include <utility>
 
 namespace vantro {
+
 namespace {
+
 constexpr std::size_t kLongestText = 200;
 
 constexpr std::array<std::pair<int, std::string_view>, 16> kReasons{{
@@ -52,6 +54,7 @@ std::string Lower(std::string_view text)
         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
     return result;
 }
+
 } // namespace
 
 bool HttpAnswer::TakeLine(std::string_view line)

@@ -6,7 +6,9 @@
 #include <memory>
 
 namespace vantro {
+
 namespace {
+
 constexpr unsigned kEncode = CURLU_ALLOW_SPACE | CURLU_URLENCODE;
 constexpr std::size_t kLongestRedirect = 8UL * 1024;
 
@@ -35,6 +37,7 @@ CURLUcode SetUrl(CURLU* url, const std::string& text, unsigned flags)
         return CURLUE_MALFORMED_INPUT; // libcurl would read the part before it
     return curl_url_set(url, CURLUPART_URL, text.c_str(), flags);
 }
+
 } // namespace
 
 std::variant<std::string, ReadRefused> CheckWebAddress(const std::string& address)

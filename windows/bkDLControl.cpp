@@ -4,14 +4,14 @@
 #include "toolkit/MessageDialog.h"
 #include "toolkit/Screen.h"
 
+#include <algorithm>
 #include <wx/dcbuffer.h>
 #include <wx/font.h>
 #include <wx/settings.h>
 #include <wx/tokenzr.h>
 
-#include <algorithm>
-
 namespace vantro {
+
 namespace {
 
 constexpr std::uint32_t kSystemColour = 0x80000000U;

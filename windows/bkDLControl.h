@@ -2,12 +2,11 @@
 
 #include "downloader/DownloadEngine.h"
 
-#include <wx/window.h>
-
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <wx/window.h>
 
 class wxDC;
 

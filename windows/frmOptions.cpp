@@ -5,16 +5,16 @@
 #include "toolkit/Screen.h"
 #include "windows/modFrmCtrl.h"
 
-#include <wx/checkbox.h>
-#include <wx/statbox.h>
-#include <wx/textctrl.h>
-
 #include <algorithm>
 #include <string_view>
 #include <utility>
 #include <vector>
+#include <wx/checkbox.h>
+#include <wx/statbox.h>
+#include <wx/textctrl.h>
 
 namespace vantro {
+
 namespace {
 
 constexpr std::string_view kFormName = "frmOptions";

@@ -3,12 +3,11 @@
 #include "base/Twips.h"
 #include "settings/modRegistry.h"
 
-#include <wx/dialog.h>
-
 #include <array>
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <wx/dialog.h>
 
 class wxCheckBox;
 class wxStaticBox;

@@ -3,14 +3,14 @@
 #include "settings/modRegistry.h"
 #include "toolkit/Screen.h"
 
-#include <wx/frame.h>
-#include <wx/statusbr.h>
-
 #include <algorithm>
 #include <string>
 #include <vector>
+#include <wx/frame.h>
+#include <wx/statusbr.h>
 
 namespace vantro {
+
 namespace {
 
 // Larger windows cannot be drawn on X11 (32767 device pixels, two of them to a pixel on fine screens).

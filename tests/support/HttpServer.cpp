@@ -9,7 +9,9 @@
 #include <unistd.h>
 
 namespace vantro::test {
+
 namespace {
+
 // The tests speak to this machine only, whatever proxy its user has set in the environment or the desktop.
 // Before any thread reads the environment.
 [[maybe_unused]] const int kNoProxy
@@ -47,6 +49,7 @@ std::jthread WorkOn(int socket, std::function<void()> work)
         close(socket);
     });
 }
+
 } // namespace
 
 HttpServer::HttpServer()

@@ -1,15 +1,15 @@
 #include "tests/window/WindowTest.h"
 
+#include <cstdlib>
 #include <gdk/gdk.h>
+#include <iostream>
 #include <wx/app.h>
 #include <wx/evtloop.h>
 #include <wx/init.h>
 #include <wx/weakref.h>
 
-#include <cstdlib>
-#include <iostream>
-
 namespace vantro::test {
+
 namespace {
 
 class TestApp final : public wxApp {
