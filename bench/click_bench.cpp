@@ -157,7 +157,7 @@ private:
     }
     FeedServices Services()
     {
-        return {store_, registry_, tree_, [] {}, Fail};
+        return {registry_, tree_, [] {}, Fail};
     }
     static void Fail(const std::string& sentence)
     {

@@ -41,7 +41,7 @@ public:
         std::ofstream(file, std::ios::binary) << feeds_[next_];
         next_ = 1 - next_;
         const auto start = std::chrono::steady_clock::now();
-        MergeFeed(modMAXCONSOLE, {store_, registry_, tree_, [] {}, Fail}, file);
+        MergeFeed(modMAXCONSOLE, {registry_, tree_, [] {}, Fail}, file);
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     }
 

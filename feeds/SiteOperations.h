@@ -16,7 +16,6 @@ class PageDisplay;
 
 // What the site operations work on. Everything outlives them.
 struct FeedServices {
-    RegistryStore& store;
     modRegistry& registry;
     NewsTree& tree;
     // Paints what waits to be painted and handles no other event.
