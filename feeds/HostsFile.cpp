@@ -1,5 +1,6 @@
 #include "feeds/HostsFile.h"
 
+#include "base/AsciiText.h"
 #include "base/TextCoding.h"
 #include "feeds/Sites.h"
 
@@ -21,8 +22,7 @@ using Glib = std::unique_ptr<T, GlibFree>;
 bool IsBaseAddress(const std::string& address)
 {
     Glib<gchar> scheme(g_uri_parse_scheme(address.c_str()));
-    if (!scheme
-        || (g_ascii_strcasecmp(scheme.get(), "http") != 0 && g_ascii_strcasecmp(scheme.get(), "https") != 0))
+    if (!scheme || (!IsSameIgnoringCase(scheme.get(), "http") && !IsSameIgnoringCase(scheme.get(), "https")))
         return false;
     GUri* uri = g_uri_parse(address.c_str(), G_URI_FLAGS_NONE, nullptr);
     if (uri == nullptr)

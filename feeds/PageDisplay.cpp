@@ -1,7 +1,7 @@
 #include "feeds/PageDisplay.h"
 
+#include "base/AsciiText.h"
 #include "base/Resources.h"
-#include "base/TextCoding.h"
 #include "base/modMain.h"
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
@@ -113,7 +113,7 @@ PageDisplay::Values PageDisplay::ReadValues()
         std::string text = store.ReadText(item, field.value);
         values[field.value] = field.isDate ? dates_.Format(text) : std::move(text);
     }
-    if (!page.emptyLink.empty() && ToLowerAscii(values["Link"]) == page.emptyLink)
+    if (!page.emptyLink.empty() && IsSameIgnoringCase(values["Link"], page.emptyLink))
         values["Link"].clear();
     return values;
 }

@@ -1,5 +1,8 @@
 #include "platform/StoreFile.h"
 
+#include "base/AsciiText.h"
+#include "platform/PrivateFolder.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -88,10 +91,8 @@ std::string Squeezed(std::string_view sql)
 {
     std::string squeezed;
     for (const char c : sql) {
-        if (c >= 'A' && c <= 'Z')
-            squeezed += static_cast<char>(c - 'A' + 'a');
-        else if (c != ' ' && c != '\n' && c != '\t' && c != '\r')
-            squeezed += c;
+        if (c != ' ' && c != '\n' && c != '\t' && c != '\r')
+            squeezed += ToLowerAscii(c);
     }
     return squeezed;
 }
@@ -238,17 +239,6 @@ Database OpenInMemory(const fs::path& file, Finding finding)
     return empty;
 }
 
-// Folders that are missing are made for the user alone. A failure shows when the file is opened.
-void MakeFolder(const fs::path& folder)
-{
-    std::error_code ignored;
-    if (folder.empty() || fs::exists(folder, ignored))
-        return;
-    MakeFolder(folder.parent_path());
-    if (fs::create_directory(folder, ignored))
-        fs::permissions(folder, fs::perms::owner_all, ignored);
-}
-
 std::string DateTime()
 {
     const Database clock = Connect(":memory:", SQLITE_OPEN_READWRITE);
@@ -314,7 +304,7 @@ std::string NotKeptReason(Finding finding)
 
 OpenedStore OpenStoreFile(const fs::path& file, const StoreOptions& options)
 {
-    MakeFolder(file.parent_path());
+    static_cast<void>(MakePrivateFolders(file.parent_path())); // a failure shows when the file is opened
     std::string before;
     for (bool again = false;; again = true) {
         Database database = Connect(Utf8(file), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);

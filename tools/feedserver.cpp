@@ -2,6 +2,7 @@
 
 #include "SampleFeeds.h"
 #include "feeds/Sites.h"
+#include "platform/Files.h"
 
 #include <algorithm>
 #include <atomic>
@@ -193,7 +194,7 @@ int Run(const Options& options)
     const int port = Bind(server, options.port);
     const std::string base = std::string("http://") + kAddress + ":" + std::to_string(port);
     AddRoutes(server, feeds, base, options.feeds + "/pictures", options.rate);
-    if (!options.portFile.empty() && !WriteAside(options.portFile, std::to_string(port) + "\n"))
+    if (!options.portFile.empty() && ReplaceFile(options.portFile, std::to_string(port) + "\n"))
         throw std::runtime_error("Cannot write " + options.portFile);
     std::cout << "Serving on " << base << std::endl;
 

@@ -1,10 +1,10 @@
 #include "tests/support/FeedFixture.h"
 
 #include "feeds/ItemTag.h"
+#include "platform/PrivateFolder.h"
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
 
-#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
@@ -12,11 +12,7 @@ namespace vantro {
 
 namespace fs = std::filesystem;
 
-TemporaryFolder::TemporaryFolder()
-{
-    std::string name = (fs::temp_directory_path() / "vantro-test-XXXXXX").string();
-    path_ = mkdtemp(name.data());
-}
+TemporaryFolder::TemporaryFolder() : path_(MakePrivateFolder(fs::temp_directory_path(), "vantro-test-")) { }
 
 TemporaryFolder::~TemporaryFolder()
 {
