@@ -1,11 +1,11 @@
 #include "platform/Files.h"
 
+#include "base/Owned.h"
 #include "base/Resources.h"
 #include "base/TextCoding.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -16,10 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
+using File = Owned<std::FILE, std::fclose>;
 
 std::string Describe(int number)
 {
