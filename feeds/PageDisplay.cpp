@@ -1,5 +1,6 @@
 #include "feeds/PageDisplay.h"
 
+#include "base/Amounts.h"
 #include "base/AsciiText.h"
 #include "base/Resources.h"
 #include "base/modMain.h"
@@ -195,7 +196,7 @@ void PageDisplay::FilesLoaded(PageBrowser::LoadEnd end)
         services_.say("The page cannot be shown: the browser could not load it.");
         break;
     case PageBrowser::LoadEnd::TimedOut:
-        services_.say("The page did not finish loading within 30 seconds.");
+        services_.say("The page did not finish loading within " + TimeText(kLoadLimit) + ".");
         break;
     }
     End();

@@ -1,5 +1,6 @@
 #include "platform/Transfer.h"
 
+#include "base/Amounts.h"
 #include "platform/TransferFailure.h"
 
 #include <algorithm>
