@@ -4,6 +4,7 @@
 #include "feeds/SiteOperations.h"
 #include "platform/Files.h"
 #include "platform/PrivateFolder.h"
+#include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 #include "feeds/SiteOperations.h"
 #include "feeds/modXML.h"
 #include "platform/Files.h"
+#include "settings/modRegistry.h"
 
 #include <optional>
 

@@ -1,6 +1,7 @@
 #include "settings/modRegistry.h"
 
 #include "base/AsciiText.h"
+#include "platform/RegistryStore.h"
 
 #include <algorithm>
 #include <charconv>
