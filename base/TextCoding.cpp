@@ -138,13 +138,4 @@ std::string OneLine(std::string_view utf8, std::size_t most)
         out.pop_back();
     return out;
 }
-
-std::string ToLowerAscii(std::string_view text)
-{
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
-}
-
 } // namespace vantro

@@ -24,7 +24,4 @@ namespace vantro {
 // bytes, so a text that begins with more blanks than that is only an ellipsis.
 [[nodiscard]] std::string OneLine(std::string_view utf8, std::size_t most);
 
-// ASCII letters in lower case, all else unchanged.
-[[nodiscard]] std::string ToLowerAscii(std::string_view text);
-
 } // namespace vantro

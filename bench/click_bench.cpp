@@ -5,6 +5,9 @@
 #include "feeds/ItemTag.h"
 #include "feeds/PageDisplay.h"
 #include "feeds/SiteOperations.h"
+#include "platform/Files.h"
+#include "platform/PrivateFolder.h"
+#include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 #include "toolkit/Browser.h"
 
@@ -12,7 +15,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <vector>
 #include <wx/app.h>
 #include <wx/evtloop.h>
@@ -108,10 +110,11 @@ public:
         registry_.CreateRegKey(RegRoot, RegPath);
         AddSiteRoots(tree_);
         for (const Site* site : Sites()) {
-            std::ofstream(folder_ / "feed.xml")
-                << ReplaceAll(ReplaceAll(MakeFeed(0, kItems), "pubDate",
-                                  site->identifier == "XBINS" ? "releasedate" : "date"),
-                       "category", "homepage");
+            const char* date = site->identifier == "XBINS" ? "releasedate" : "date";
+            const std::string feed
+                = ReplaceAll(ReplaceAll(MakeFeed(0, kItems), "pubDate", date), "category", "homepage");
+            if (const auto failure = ReplaceFile(folder_ / "feed.xml", feed))
+                Fail(*failure);
             MergeFeed(*site, Services(), folder_ / "feed.xml");
         }
         frame_->SetSizer(new wxBoxSizer(wxVERTICAL));
@@ -148,16 +151,9 @@ public:
     }
 
 private:
-    static fs::path MakeFolder()
-    {
-        std::string name = (fs::current_path() / "click-bench-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr)
-            std::abort();
-        return name;
-    }
     FeedServices Services()
     {
-        return {store_, registry_, tree_, [] {}, Fail};
+        return {registry_, tree_, [] {}, Fail};
     }
     static void Fail(const std::string& sentence)
     {
@@ -179,7 +175,7 @@ private:
         return {std::chrono::duration<double, std::milli>(Clock::now() - start).count(), own_.Take()};
     }
 
-    fs::path folder_ = MakeFolder();
+    fs::path folder_ = MakePrivateFolder(fs::current_path(), "click-bench-");
     RegistryStore store_{folder_ / "registry.db"};
     modRegistry registry_{store_};
     NewsTree tree_;

@@ -2,14 +2,15 @@
 
 #include "bench/BenchFeed.h"
 #include "feeds/SiteOperations.h"
+#include "platform/Files.h"
+#include "platform/PrivateFolder.h"
+#include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <map>
 #include <stdexcept>
 #include <vector>
@@ -38,25 +39,19 @@ public:
     double Receive()
     {
         const fs::path file = folder_ / "feed.xml";
-        std::ofstream(file, std::ios::binary) << feeds_[next_];
+        if (const auto failure = ReplaceFile(file, feeds_[next_]))
+            Fail(*failure);
         next_ = 1 - next_;
         const auto start = std::chrono::steady_clock::now();
-        MergeFeed(modMAXCONSOLE, {store_, registry_, tree_, [] {}, Fail}, file);
+        MergeFeed(modMAXCONSOLE, {registry_, tree_, [] {}, Fail}, file);
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     }
 
 private:
-    // Beside the program: the system's folder for temporary files may lie in memory.
-    static fs::path MakeFolder()
-    {
-        std::string name = (fs::current_path() / "merge-bench-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr)
-            throw std::runtime_error("no folder for the store");
-        return name;
-    }
     static void Fail(const std::string& sentence) { throw std::runtime_error(sentence); }
 
-    fs::path folder_ = MakeFolder();
+    // Beside the program: the system's folder for temporary files may lie in memory.
+    fs::path folder_ = MakePrivateFolder(fs::current_path(), "merge-bench-");
     RegistryStore store_{folder_ / "registry.db"};
     modRegistry registry_{store_};
     NewsTree tree_;

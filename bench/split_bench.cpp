@@ -1,5 +1,6 @@
 // Taking the items out of a feed, next to three XML parsers that read the same elements of the same items.
 
+#include "base/Owned.h"
 #include "bench/BenchFeed.h"
 #include "feeds/SiteOperations.h"
 #include "feeds/modXML.h"
@@ -9,7 +10,6 @@
 #include <cstring>
 #include <expat.h>
 #include <libxml/parser.h>
-#include <memory>
 #include <pugixml.hpp>
 #include <stdexcept>
 #include <string>
@@ -56,10 +56,8 @@ Found ReadPugixml(std::string_view feed)
 Found ReadLibxml2(std::string_view feed)
 {
     Found found;
-    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
-        xmlReadMemory(feed.data(), static_cast<int>(feed.size()), nullptr, nullptr,
-            XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING),
-        xmlFreeDoc);
+    const Owned<xmlDoc, xmlFreeDoc> document(xmlReadMemory(feed.data(), static_cast<int>(feed.size()),
+        nullptr, nullptr, XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
     const xmlNode* root = document ? xmlDocGetRootElement(document.get()) : nullptr;
     const xmlNode* channel = root != nullptr ? xmlFirstElementChild(const_cast<xmlNode*>(root)) : nullptr;
     for (const xmlNode* item = channel != nullptr ? channel->children : nullptr; item != nullptr;
@@ -118,8 +116,7 @@ void XMLCALL TakeText(void* data, const XML_Char* text, int length)
 Found ReadExpat(std::string_view feed)
 {
     ExpatState state;
-    const std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> parser(
-        XML_ParserCreate(nullptr), XML_ParserFree);
+    const Owned<std::remove_pointer_t<XML_Parser>, XML_ParserFree> parser(XML_ParserCreate(nullptr));
     XML_SetUserData(parser.get(), &state);
     XML_SetElementHandler(parser.get(), Open, Close);
     XML_SetCharacterDataHandler(parser.get(), TakeText);

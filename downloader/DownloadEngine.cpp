@@ -1,7 +1,7 @@
 #include "downloader/DownloadEngine.h"
 
 #include "downloader/PropertyBag.h"
-#include "platform/ReplaceFile.h"
+#include "platform/Files.h"
 
 #include <utility>
 

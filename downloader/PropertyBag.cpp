@@ -1,5 +1,7 @@
 #include "downloader/PropertyBag.h"
 
+#include "base/AsciiText.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -8,32 +10,6 @@
 namespace vantro {
 
 namespace {
-
-char LowerLetter(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-std::string Lower(std::string_view text)
-{
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), LowerLetter);
-    return result;
-}
-
-bool IsSameName(std::string_view a, std::string_view b)
-{
-    return std::ranges::equal(a, b, {}, LowerLetter, LowerLetter);
-}
-
-std::string_view Trim(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t\r";
-    const auto first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 template <class Number>
 std::optional<Number> ParseNumber(std::string_view text, int base = 10)
@@ -48,7 +24,7 @@ std::optional<Number> ParseNumber(std::string_view text, int base = 10)
 
 std::optional<std::uint32_t> ParseColour(std::string_view text)
 {
-    if (!IsSameName(text.substr(0, 2), "&H")) {
+    if (!IsSameIgnoringCase(text.substr(0, 2), "&H")) {
         if (const auto isSigned = ParseNumber<std::int32_t>(text))
             return static_cast<std::uint32_t>(*isSigned);
         return ParseNumber<std::uint32_t>(text);
@@ -101,7 +77,7 @@ std::string_view TakeWord(std::string_view& text)
 const PropertyBag::Property* PropertyBag::Find(std::string_view name) const
 {
     const auto found = std::ranges::find_if(
-        properties_, [&](const Property& property) { return IsSameName(property.name, name); });
+        properties_, [&](const Property& property) { return IsSameIgnoringCase(property.name, name); });
     return found == properties_.end() ? nullptr : &*found;
 }
 
@@ -177,11 +153,11 @@ std::vector<SavedControl> ParseSavedForm(std::string_view text)
         std::string_view rest = line;
         const std::string_view word = TakeWord(rest);
         const auto equals = line.find('=');
-        if (IsSameName(word, "Begin") && !rest.empty() && !rest.starts_with('=')) {
+        if (IsSameIgnoringCase(word, "Begin") && !rest.empty() && !rest.starts_with('=')) {
             const std::string_view className = TakeWord(rest);
             open.push_back(controls.size());
             controls.push_back({std::string(className), std::string(rest), {}});
-        } else if (IsSameName(word, "End") && rest.empty()) {
+        } else if (IsSameIgnoringCase(word, "End") && rest.empty()) {
             if (!open.empty())
                 open.pop_back();
         } else if (equals != std::string_view::npos && equals > 0 && !open.empty()) {
@@ -200,7 +176,7 @@ std::string PrintSavedForm(std::span<const SavedControl> controls)
         text += "Begin " + control.className + " " + control.name + "\n";
         for (const auto& [name, value] : control.properties.Properties()) {
             if (value.find_first_of("\r\n") == std::string::npos)
-                text += "   " + Lower(name) + " = " + value + "\n";
+                text += "   " + ToLowerAscii(name) + " = " + value + "\n";
         }
         text += "End\n";
     }

@@ -3,7 +3,7 @@
 #include "feeds/SiteOperations.h"
 #include "feeds/modXML.h"
 #include "platform/Files.h"
-#include "platform/RegistryStore.h"
+#include "settings/modRegistry.h"
 
 #include <optional>
 
@@ -72,15 +72,17 @@ Merged Merge(const Site& site, const FeedServices& services, const std::vector<F
     for (const FeedItem& item : items)
         titles.push_back(item.Title());
 
-    // Opened before the old list is read, as reading inside of it costs a third.
-    RegistryStore::Batch batch(services.store);
-    ItemStore store(services.registry, site);
-    const std::int32_t oldCount = store.Count();
-    MergePlan plan = PlanMerge(ReadKept(site, services, oldCount), titles);
+    MergePlan plan;
+    const auto failure = services.registry.StoreTogether([&] {
+        ItemStore store(services.registry, site);
+        const std::int32_t oldCount = store.Count();
+        plan = PlanMerge(ReadKept(site, services, oldCount), titles);
+        if (plan.anythingNew)
+            store.Rewrite(oldCount, items, plan.states);
+    });
     if (!plan.anythingNew)
         return Merged::NothingNew;
-    store.Rewrite(oldCount, items, plan.states);
-    if (const auto failure = batch.Commit()) {
+    if (failure) {
         services.say(
             "The news list of " + std::string(site.displayName) + " could not be stored: " + *failure);
         return Merged::NotStored;

@@ -1,7 +1,8 @@
 #include "feeds/PageDisplay.h"
 
+#include "base/Amounts.h"
+#include "base/AsciiText.h"
 #include "base/Resources.h"
-#include "base/TextCoding.h"
 #include "base/modMain.h"
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
@@ -113,7 +114,7 @@ PageDisplay::Values PageDisplay::ReadValues()
         std::string text = store.ReadText(item, field.value);
         values[field.value] = field.isDate ? dates_.Format(text) : std::move(text);
     }
-    if (!page.emptyLink.empty() && ToLowerAscii(values["Link"]) == page.emptyLink)
+    if (!page.emptyLink.empty() && IsSameIgnoringCase(values["Link"], page.emptyLink))
         values["Link"].clear();
     return values;
 }
@@ -195,7 +196,7 @@ void PageDisplay::FilesLoaded(PageBrowser::LoadEnd end)
         services_.say("The page cannot be shown: the browser could not load it.");
         break;
     case PageBrowser::LoadEnd::TimedOut:
-        services_.say("The page did not finish loading within 30 seconds.");
+        services_.say("The page did not finish loading within " + TimeText(kLoadLimit) + ".");
         break;
     }
     End();

@@ -3,7 +3,7 @@
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "feeds/SiteOperations.h"
-#include "platform/RegistryStore.h"
+#include "settings/modRegistry.h"
 
 namespace vantro {
 
@@ -12,10 +12,8 @@ namespace {
 void Mark(const FeedServices& services, NewsNode& node, ItemState state)
 {
     if (const Site* site = FindSite(node.Key())) {
-        // A batch of one write, because a batch tells whether it was stored.
-        RegistryStore::Batch batch(services.store);
-        ItemStore(services.registry, *site).WriteTag(ItemNumber(node.Key()), state.tag);
-        if (const auto failure = batch.Commit()) {
+        if (const auto failure = services.registry.StoreTogether(
+                [&] { ItemStore(services.registry, *site).WriteTag(ItemNumber(node.Key()), state.tag); })) {
             services.say("The read mark could not be stored: " + *failure);
             return;
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/AsciiText.h"
 #include "feeds/Site.h"
 
 #include <algorithm>
@@ -13,13 +14,6 @@ constexpr void Require(bool holds, const char* /*orElse*/)
 {
     if (!holds)
         throw false;
-}
-
-// As the store compares the names of values.
-constexpr bool IsSameValue(std::string_view one, std::string_view other)
-{
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return std::ranges::equal(one, other, {}, lower, lower);
 }
 
 constexpr bool Writes(const PageRecipe& page, std::string_view file)
@@ -39,7 +33,7 @@ constexpr bool HasStep(const PageRecipe& page, PageValue value)
 constexpr bool Keeps(const Site& site, std::string_view value)
 {
     return std::ranges::any_of(
-        site.stored, [value](const SiteField& field) { return IsSameValue(field.value, value); });
+        site.stored, [value](const SiteField& field) { return IsSameIgnoringCase(field.value, value); });
 }
 
 // Of the files of any page.

@@ -13,11 +13,9 @@ namespace vantro {
 
 class PageDisplay;
 class modRegistry;
-class RegistryStore;
 
 // What the site operations work on. Everything outlives them.
 struct FeedServices {
-    RegistryStore& store;
     modRegistry& registry;
     NewsTree& tree;
     // Paints what waits to be painted and handles no other event.

@@ -1,6 +1,6 @@
 #include "feeds/modXML.h"
 
-#include "base/TextCoding.h"
+#include "base/AsciiText.h"
 
 #include <algorithm>
 #include <string>
@@ -18,9 +18,7 @@ bool StandsAt(std::string_view text, std::size_t position, std::string_view lowe
     if (text.size() - position < lowerTag.size())
         return false;
     return std::equal(lowerTag.begin(), lowerTag.end(), text.begin() + static_cast<std::ptrdiff_t>(position),
-        [](char lower, char given) {
-            return lower == (given >= 'A' && given <= 'Z' ? static_cast<char>(given + 32) : given);
-        });
+        [](char lower, char given) { return lower == ToLowerAscii(given); });
 }
 
 // Position of a tag, given in lower case, at or after `from`.
@@ -37,9 +35,7 @@ std::size_t FindTag(std::string_view text, std::string_view lowerTag, std::size_
 
 std::string_view ExtractTag(std::string_view tagName, std::string_view text)
 {
-    const std::size_t first = std::min(tagName.find_first_not_of(' '), tagName.size());
-    const std::size_t last = tagName.find_last_not_of(' ') + 1;
-    const std::string name = ToLowerAscii(tagName.substr(first, last > first ? last - first : 0));
+    const std::string name = ToLowerAscii(Trim(tagName, " "));
     const std::string opening = "<" + name + ">";
     const std::string closing = "</" + name + ">";
     std::size_t begin = kNowhere;

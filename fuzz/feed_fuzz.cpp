@@ -1,6 +1,7 @@
 // Gives arbitrary bytes to everything that reads what a stranger may have written, and checks what it
 // promises.
 
+#include "base/AsciiText.h"
 #include "base/TextCoding.h"
 #include "downloader/PropertyBag.h"
 #include "feeds/FeedDate.h"

@@ -1,5 +1,6 @@
 #include "platform/AsyncRead.h"
 
+#include "base/Owned.h"
 #include "platform/ReadQueues.h"
 #include "platform/Transfer.h"
 
@@ -51,7 +52,7 @@ private:
     [[nodiscard]] int PollTime(const Transfers& transfers);
 
     CurlLibrary library_;
-    std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi_;
+    Owned<CURLM, curl_multi_cleanup> multi_;
     // Without the means to wake it, for want of descriptors, the worker would sleep through every order.
     const bool isUsable_;
     TransferSettings settings_;
@@ -63,7 +64,7 @@ private:
 
 AsyncRead::Worker::Worker(
     std::function<void()> wake, const ReadLimits& limits, const std::string& userAgent, ProxyResolver proxies)
-    : multi_(curl_multi_init(), curl_multi_cleanup),
+    : multi_(curl_multi_init()),
       isUsable_(multi_ && curl_multi_wakeup(multi_.get()) == CURLM_OK),
       settings_{multi_.get(), limits, userAgent},
       proxies_(std::move(proxies)),

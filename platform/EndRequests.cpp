@@ -1,5 +1,7 @@
 #include "platform/EndRequests.h"
 
+#include "base/Owned.h"
+
 #include <array>
 #include <csignal>
 #include <cstdlib>
@@ -54,8 +56,8 @@ struct EndRequests::Implementation {
     std::vector<guint> signals;
     std::string startupId; // by which the session manager knows the program it has started
     bool isWatching = false;
-    GCancellable* cancellable = g_cancellable_new();
-    GDBusConnection* bus = nullptr;
+    Owned<GCancellable, g_object_unref> cancellable{g_cancellable_new()};
+    Owned<GDBusConnection, g_object_unref> bus;
     std::size_t manager = 0;
     guint subscription = 0;
     std::string client; // our object at the session manager; empty until registered
@@ -92,17 +94,15 @@ EndRequests::Implementation::~Implementation()
 {
     for (const guint signal : signals)
         g_source_remove(signal);
-    g_cancellable_cancel(cancellable);
-    g_object_unref(cancellable);
-    if (bus == nullptr)
+    g_cancellable_cancel(cancellable.get());
+    if (!bus)
         return;
     if (!client.empty())
         TellManager(kManagers[manager].path, kManagers[manager].interface, "UnregisterClient",
             g_variant_new("(o)", client.c_str()));
     Unsubscribe();
     // Keeps the connection until what was said is written, which would else be lost with the last reference.
-    g_dbus_connection_flush(bus, nullptr, nullptr, nullptr);
-    g_object_unref(bus);
+    g_dbus_connection_flush(bus.get(), nullptr, nullptr, nullptr);
 }
 
 gboolean EndRequests::Implementation::OnUnixSignal(gpointer self)
@@ -113,13 +113,13 @@ gboolean EndRequests::Implementation::OnUnixSignal(gpointer self)
 
 void EndRequests::Implementation::OnBus(GObject* /*source*/, GAsyncResult* result, gpointer self)
 {
-    GDBusConnection* bus = g_bus_get_finish(result, nullptr);
-    if (bus == nullptr)
+    Owned<GDBusConnection, g_object_unref> bus(g_bus_get_finish(result, nullptr));
+    if (!bus)
         return;
     // The connection is the whole process's. By default GIO raises SIGTERM when the bus goes away.
-    g_dbus_connection_set_exit_on_close(bus, FALSE);
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
     auto* requests = static_cast<Implementation*>(self);
-    requests->bus = bus;
+    requests->bus = std::move(bus);
     requests->Register();
 }
 
@@ -129,27 +129,26 @@ void EndRequests::Implementation::OnBus(GObject* /*source*/, GAsyncResult* resul
 void EndRequests::Implementation::Register()
 {
     const Manager& asked = kManagers[manager];
-    subscription = g_dbus_connection_signal_subscribe(bus, asked.name, asked.clientInterface, nullptr,
+    subscription = g_dbus_connection_signal_subscribe(bus.get(), asked.name, asked.clientInterface, nullptr,
         nullptr, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, OnManagerSignal, this, nullptr);
-    g_dbus_connection_call(bus, asked.name, asked.path, asked.interface, "RegisterClient",
+    g_dbus_connection_call(bus.get(), asked.name, asked.path, asked.interface, "RegisterClient",
         g_variant_new("(ss)", "vantro", startupId.c_str()), G_VARIANT_TYPE("(o)"),
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, cancellable, OnRegistered, this);
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, cancellable.get(), OnRegistered, this);
 }
 
 void EndRequests::Implementation::OnRegistered(GObject* source, GAsyncResult* result, gpointer self)
 {
-    GError* error = nullptr;
-    GVariant* answer = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error);
-    const bool isDestroyed = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED);
-    g_clear_error(&error);
-    if (isDestroyed)
+    GError* raw = nullptr;
+    const Owned<GVariant, g_variant_unref> answer(
+        g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &raw));
+    const Owned<GError, g_error_free> error(raw);
+    if (g_error_matches(raw, G_IO_ERROR, G_IO_ERROR_CANCELLED))
         return;
     auto* requests = static_cast<Implementation*>(self);
-    if (answer != nullptr) {
+    if (answer) {
         const gchar* client = nullptr;
-        g_variant_get(answer, "(&o)", &client);
+        g_variant_get(answer.get(), "(&o)", &client);
         requests->client = client;
-        g_variant_unref(answer);
         return;
     }
     requests->Unsubscribe();
@@ -181,14 +180,14 @@ void EndRequests::Implementation::AnswerReady()
 void EndRequests::Implementation::TellManager(
     const std::string& path, const char* interface, const char* method, GVariant* parameters)
 {
-    g_dbus_connection_call(bus, kManagers[manager].name, path.c_str(), interface, method, parameters, nullptr,
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr, nullptr);
+    g_dbus_connection_call(bus.get(), kManagers[manager].name, path.c_str(), interface, method, parameters,
+        nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr, nullptr);
 }
 
 void EndRequests::Implementation::Unsubscribe()
 {
     if (subscription != 0)
-        g_dbus_connection_signal_unsubscribe(bus, subscription);
+        g_dbus_connection_signal_unsubscribe(bus.get(), subscription);
     subscription = 0;
 }
 
@@ -204,7 +203,8 @@ void EndRequests::WatchSession()
     if (implementation_->isWatching || !IsBusAnnounced())
         return;
     implementation_->isWatching = true;
-    g_bus_get(G_BUS_TYPE_SESSION, implementation_->cancellable, Implementation::OnBus, implementation_.get());
+    g_bus_get(
+        G_BUS_TYPE_SESSION, implementation_->cancellable.get(), Implementation::OnBus, implementation_.get());
 }
 
 } // namespace vantro

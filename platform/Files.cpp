@@ -1,11 +1,11 @@
 #include "platform/Files.h"
 
+#include "base/Owned.h"
 #include "base/Resources.h"
 #include "base/TextCoding.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -16,32 +16,34 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
+using File = Owned<std::FILE, std::fclose>;
 
-FileError ErrorOf(const char* what, const fs::path& path, int number)
+std::string Describe(int number)
 {
-    return {number,
-        "The file " + path.string() + " cannot be " + what + ": " + std::generic_category().message(number)
-            + "."};
+    return std::generic_category().message(number);
 }
 
-std::optional<FileError> WriteBytes(const fs::path& path, std::string_view bytes)
+// Makes a file that is not there hold the bytes. The number of the error, and then it is not there; else 0.
+int WriteNewFile(const fs::path& path, std::string_view bytes)
+{
+    File file(std::fopen(path.c_str(), "wbxe")); // x: never through a link that someone left there
+    if (!file)
+        return errno;
+    int error = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() ? 0 : errno;
+    if (std::fclose(file.release()) != 0 && error == 0)
+        error = errno;
+    if (error != 0)
+        DeleteFileIfExists(path);
+    return error;
+}
+
+std::optional<FileError> WritePageFile(const fs::path& path, std::string_view bytes)
 {
     DeleteFileIfExists(path);
-    File file(std::fopen(path.c_str(), "wbxe"));
-    const bool written = file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size()
-        && std::fflush(file.get()) == 0;
-    if (written)
+    const int error = WriteNewFile(path, bytes);
+    if (error == 0)
         return std::nullopt;
-    FileError error = ErrorOf("written", path, errno);
-    if (file) {
-        file.reset();
-        DeleteFileIfExists(path);
-    }
-    return error;
+    return FileError{error, "The file " + path.string() + " cannot be written: " + Describe(error) + "."};
 }
 
 } // namespace
@@ -61,12 +63,28 @@ std::optional<FileError> SaveResourceToFile(
                 + " is missing from the program."};
     if (!overwrite && FileExists(path))
         return FileError{kFileAlreadyExists, "The file " + path.string() + " already exists."};
-    return WriteBytes(path, *bytes);
+    return WritePageFile(path, *bytes);
 }
 
 std::optional<FileError> WriteTextFile(const fs::path& path, std::string_view pageText)
 {
-    return WriteBytes(path, EncodePageText(pageText));
+    return WritePageFile(path, EncodePageText(pageText));
+}
+
+std::optional<std::string> ReplaceFile(const std::string& path, std::string_view bytes)
+{
+    const std::string name = path.substr(path.rfind('/') + 1);
+    if (name.empty() || name == "." || name == "..")
+        return Describe(EISDIR);
+    // Not the name with something added: that would be too long where the name itself just fits.
+    const std::string part = path.substr(0, path.size() - name.size()) + ".part-" + std::to_string(getpid());
+    DeleteFileIfExists(part);
+    int error = WriteNewFile(part, bytes);
+    if (error == 0 && std::rename(part.c_str(), path.c_str()) != 0) {
+        error = errno;
+        DeleteFileIfExists(part);
+    }
+    return error == 0 ? std::nullopt : std::optional(Describe(error));
 }
 
 std::optional<std::string> ReadWholeFile(const fs::path& path)

@@ -1,14 +1,14 @@
 #include "platform/Paths.h"
 
+#include "platform/PrivateFolder.h"
+
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <pwd.h>
 #include <string_view>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -59,16 +59,6 @@ void RemoveAbandonedRuns(const fs::path& parent)
     }
 }
 
-// Like create_directories, but what it makes belongs to the user alone.
-void MakePrivateFolders(const fs::path& folder)
-{
-    if (folder.empty() || fs::exists(folder))
-        return;
-    MakePrivateFolders(folder.parent_path());
-    if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST)
-        throw fs::filesystem_error("mkdir", folder, std::error_code(errno, std::generic_category()));
-}
-
 } // namespace
 
 fs::path ConfigFolder()
@@ -84,15 +74,13 @@ fs::path CacheFolder()
     return BaseFolder("XDG_CACHE_HOME", ".cache");
 }
 
-RunFolder::RunFolder(const fs::path& parent) : path_(parent / (std::string(kRunPrefix) + "XXXXXX"))
+RunFolder::RunFolder(const fs::path& parent) : path_(parent / kRunPrefix)
 {
     try {
-        MakePrivateFolders(parent);
+        if (const std::error_code error = MakePrivateFolders(parent))
+            throw fs::filesystem_error("mkdir", parent, error);
         RemoveAbandonedRuns(parent);
-        std::string name = path_.native();
-        if (mkdtemp(name.data()) == nullptr)
-            throw fs::filesystem_error("mkdtemp", path_, std::error_code(errno, std::generic_category()));
-        path_ = name;
+        path_ = MakePrivateFolder(parent, kRunPrefix);
         lock_ = LockFolder(path_);
     } catch (const fs::filesystem_error& error) {
         failure_ = "The folder " + parent.string() + " cannot be used (" + error.code().message()

@@ -1,5 +1,7 @@
 #include "platform/ProxyLookup.h"
 
+#include "base/Owned.h"
+
 #include <gio/gio.h>
 #include <string_view>
 #include <utility>
@@ -9,9 +11,6 @@ namespace vantro {
 namespace {
 
 constexpr int kMostUnderWay = 16; // more are never needed: the others hang, and so would the next
-
-template <class T, auto Free>
-using Owned = std::unique_ptr<T, decltype([](T* object) { Free(object); })>;
 
 struct Question {
     std::shared_ptr<const ProxyResolver> resolver;

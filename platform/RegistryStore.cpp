@@ -2,6 +2,7 @@
 
 #include "platform/KeyPath.h"
 #include "platform/StoreFile.h"
+#include "platform/StoreFinding.h"
 
 #include <algorithm>
 #include <cassert>

@@ -14,8 +14,8 @@
 namespace vantro {
 
 struct StoreOptions {
-    int max_pages
-        = 0; // the file does not grow beyond so many pages of 4 KiB: a test's full disk; 0: no limit
+    // The file does not grow beyond so many pages of 4 KiB: a test's full disk. 0: no limit.
+    int maxPages = 0;
 };
 
 // A tree of keys with typed values in one SQLite file, in the manner of a registry: key paths ("A\B\C", from

@@ -1,5 +1,7 @@
 #include "platform/SingleInstance.h"
 
+#include "base/Owned.h"
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -18,10 +20,9 @@ namespace {
 // A name without a file: it is free again as soon as the process that holds it has ended, however it ended.
 std::string SocketName(const std::filesystem::path& dataFolder)
 {
-    gchar* digest = g_compute_checksum_for_string(G_CHECKSUM_SHA256, dataFolder.c_str(), -1);
-    std::string name = "vantro-" + std::to_string(getuid()) + "-" + digest;
-    g_free(digest);
-    return name;
+    const Owned<gchar, g_free> digest(
+        g_compute_checksum_for_string(G_CHECKSUM_SHA256, dataFolder.c_str(), -1));
+    return "vantro-" + std::to_string(getuid()) + "-" + digest.get();
 }
 
 } // namespace

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "base/Owned.h"
+
 #include <cstdint>
 #include <initializer_list>
-#include <memory>
 #include <sqlite3.h>
 #include <string>
 #include <string_view>
@@ -10,10 +11,7 @@
 
 namespace vantro {
 
-struct CloseDatabase {
-    void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
-};
-using Database = std::unique_ptr<sqlite3, CloseDatabase>;
+using Database = Owned<sqlite3, sqlite3_close_v2>;
 
 // A prepared statement, kept for many runs. It must go before its database does.
 class SqliteStatement {
@@ -76,10 +74,6 @@ public:
     }
 
 private:
-    struct Finalize {
-        void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-    };
-
     int Bind(int place, const Value& value)
     {
         if (const auto* number = std::get_if<std::int64_t>(&value))
@@ -90,7 +84,7 @@ private:
             SQLITE_STATIC, SQLITE_UTF8);
     }
 
-    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+    Owned<sqlite3_stmt, sqlite3_finalize> statement_;
     int prepared_ = SQLITE_OK;
 };
 

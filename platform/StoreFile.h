@@ -22,7 +22,4 @@ struct OpenedStore {
 // Whether statements wait up to 2 s for a lock that another program holds, or fail at once.
 void WaitForLocks(sqlite3* database, bool wait);
 
-// The failure `code`, which `database` has just reported, as a sentence for the user.
-[[nodiscard]] std::string FailureSentence(sqlite3* database, int code);
-
 } // namespace vantro

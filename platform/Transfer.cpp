@@ -1,5 +1,6 @@
 #include "platform/Transfer.h"
 
+#include "base/Amounts.h"
 #include "platform/TransferFailure.h"
 
 #include <algorithm>
@@ -32,8 +33,8 @@ Transfer::Transfer(const TransferSettings& settings, std::string address, Post p
       askProxies_(std::move(askProxies)),
       deadline_(std::chrono::steady_clock::now() + settings.limits.total),
       address_(std::move(address)),
-      headers_(curl_slist_append(nullptr, "Cache-Control: no-cache"), curl_slist_free_all),
-      easy_(curl_easy_init(), curl_easy_cleanup)
+      headers_(curl_slist_append(nullptr, "Cache-Control: no-cache")),
+      easy_(curl_easy_init())
 {
     SetUp();
     StartHop();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Owned.h"
 #include "platform/AsyncRead.h"
 #include "web/HttpAnswer.h"
 
@@ -93,8 +94,8 @@ private:
     bool addressReported_ = false;
     std::string body_; // of a success alone, so only ever of the last hop
 
-    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> headers_;
-    std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy_; // last: it points into what stands above
+    Owned<curl_slist, curl_slist_free_all> headers_;
+    Owned<CURL, curl_easy_cleanup> easy_; // last: it points into what stands above
 };
 
 } // namespace vantro

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <chrono>
-#include <cstdint>
 #include <curl/curl.h>
 #include <string>
 #include <string_view>
@@ -12,10 +10,6 @@ namespace vantro {
 // sentence: libcurl's own texts hold times and counts, so that the host of a download could not tell a new
 // failure from one it has shown.
 [[nodiscard]] std::string FailureSentence(CURLcode code, const std::string& host);
-
-// Such as "64 MiB" and "10 minutes".
-[[nodiscard]] std::string SizeText(std::int64_t bytes);
-[[nodiscard]] std::string TimeText(std::chrono::seconds time);
 
 // A text from outside as it may stand in a sentence: its first 200 bytes, and then "..." if there was more.
 [[nodiscard]] std::string Shortened(std::string_view text);

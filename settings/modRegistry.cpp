@@ -1,5 +1,6 @@
 #include "settings/modRegistry.h"
 
+#include "base/AsciiText.h"
 #include "platform/RegistryStore.h"
 
 #include <algorithm>
@@ -33,7 +34,7 @@ std::int32_t Clamped(std::int64_t number)
 
 std::int32_t NumberAtStartOf(std::string_view text)
 {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+    text = Trim(text);
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
     std::int32_t number = 0;

@@ -1,3 +1,4 @@
+#include "base/Owned.h"
 #include "platform/AsyncRead.h"
 #include "platform/ReadQueues.h"
 #include "tests/support/HttpServer.h"
@@ -221,11 +222,11 @@ TEST(NoteQueue, ReplacesOnlyTheLatestNoteOfATransferAndOnlyProgress)
 TEST_F(AsyncReadTest, AsksForTheProxiesOfEveryHopAndTriesThemInOrder)
 {
     const char* direct[] = {"127.0.0.1", nullptr};
-    GProxyResolver* settings
-        = g_simple_proxy_resolver_new(server.Address("").c_str(), const_cast<char**>(direct));
+    const Owned<GProxyResolver, g_object_unref> settings(
+        g_simple_proxy_resolver_new(server.Address("").c_str(), const_cast<char**>(direct)));
     ProxyAnswer answer{.proxies = {"http://127.0.0.1:1", server.Address("")}};
     reader.emplace(wake, limits, "", [&](const std::string& origin, const std::stop_token& stop) {
-        return origin == "http://b.invalid:81/" ? answer : AskForProxies(settings, origin, stop);
+        return origin == "http://b.invalid:81/" ? answer : AskForProxies(settings.get(), origin, stop);
     });
     server.Serve("http://a.invalid/x", HttpText("302 ", "", "Location: http://b.invalid:81/\r\n"));
     server.Serve("http://b.invalid:81/", HttpText("200 OK", "proxied"));
@@ -240,7 +241,6 @@ TEST_F(AsyncReadTest, AsksForTheProxiesOfEveryHopAndTriesThemInOrder)
     EXPECT_TRUE(Read("http://b.invalid:81/").ends_with("complete proxied\n")) << clients.back().log;
     unsetenv("http_proxy");
     setenv("no_proxy", "*", 1);
-    g_object_unref(settings);
 }
 
 TEST_F(AsyncReadTest, AStalledLookupOrServerHoldsUpNeitherTheOthersNorTheEnd)

@@ -132,7 +132,7 @@ TEST_F(FeedMergeTest, LeavesStoreAndTreeAloneOnFeedsWithoutItems)
 TEST_F(FeedMergeTest, SaysWhatAFullDiskDidNotTakeAndKeepsTheOldList)
 {
     ReceiveTitles(modXBINS, {"A", "B"});
-    Restart({.max_pages = 8});
+    Restart({.maxPages = 8});
     MarkRead(Services(), Item(modXBINS, "A"));
     ReceiveTitles(modXBINS, {"C" + std::string(100'000, 'c'), "A"});
     EXPECT_EQ(said_, (Titles{"The news list of Xbins could not be stored: The disk is full."}));

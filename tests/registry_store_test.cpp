@@ -225,7 +225,7 @@ TEST_F(RegistryStoreTest, WhereNothingCanBeWrittenTheStoreLivesInMemoryWithWhatC
 
 TEST_F(RegistryStoreTest, AStoreThatIsNewerOrCannotBeBegunIsLeftAsItIs)
 {
-    ExpectNotKept("The disk is full", "(none)", {.max_pages = 1});
+    ExpectNotKept("The disk is full", "(none)", {.maxPages = 1});
     StoreOneItem();
     Tell(file_, "CREATE TABLE more(x); PRAGMA user_version=2; PRAGMA journal_mode=DELETE");
     ExpectNotKept("The store was written by a newer version of this program", "(none)");

@@ -1,3 +1,4 @@
+#include "base/Owned.h"
 #include "base/Resources.h"
 #include "feeds/ItemTag.h"
 #include "feeds/SiteOperations.h"
@@ -12,14 +13,13 @@ namespace {
 
 std::string Digest(std::string_view script)
 {
-    GChecksum* sum = g_checksum_new(G_CHECKSUM_SHA256);
+    const Owned<GChecksum, g_checksum_free> sum(g_checksum_new(G_CHECKSUM_SHA256));
     g_checksum_update(
-        sum, reinterpret_cast<const guchar*>(script.data()), static_cast<gssize>(script.size()));
+        sum.get(), reinterpret_cast<const guchar*>(script.data()), static_cast<gssize>(script.size()));
     guint8 bytes[32];
     gsize size = sizeof bytes;
-    g_checksum_get_digest(sum, bytes, &size);
-    g_checksum_free(sum);
-    return std::unique_ptr<gchar, decltype(&g_free)>(g_base64_encode(bytes, size), g_free).get();
+    g_checksum_get_digest(sum.get(), bytes, &size);
+    return Owned<gchar, g_free>(g_base64_encode(bytes, size)).get();
 }
 
 std::string Page(std::string_view type, std::string_view name)

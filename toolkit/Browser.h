@@ -24,7 +24,7 @@ struct BrowserSettings {
     // Is told, from the event loop, what is to be said of the page shown; "" when what was said last no
     // longer holds.
     std::function<void(const std::string& sentence)> say = [](const std::string&) {};
-    std::chrono::milliseconds loadLimit = std::chrono::seconds(30); // also until a followed link answers
+    std::chrono::milliseconds loadLimit = kLoadLimit; // tests shorten it
     std::function<bool(const std::string& address)> openOutside = OpenInDefaultProgram;
 };
 

@@ -9,6 +9,11 @@ namespace {
 constexpr unsigned kNoContent = 204;
 constexpr unsigned kResetContent = 205;
 
+WebKitBackForwardListItem* CurrentItem(WebKitWebView* view)
+{
+    return webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view));
+}
+
 } // namespace
 
 DocumentWatch::DocumentWatch(WebKitWebView* view, std::function<void(const DocumentEnd&)> report)
@@ -21,7 +26,6 @@ DocumentWatch::DocumentWatch(WebKitWebView* view, std::function<void(const Docum
 DocumentWatch::~DocumentWatch()
 {
     GiveUp();
-    g_clear_object(&before_);
     if (view_ == nullptr)
         return;
     g_signal_handlers_disconnect_by_data(view_, this);
@@ -34,21 +38,23 @@ void DocumentWatch::Expect(const std::string& address, bool redirect)
     if (redirect)
         return;
     GiveUp();
-    g_set_object(
-        &before_, webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_)));
+    WebKitBackForwardListItem* now = CurrentItem(view_);
+    if (now != nullptr)
+        g_object_ref(now);
+    before_.reset(now);
 }
 
 bool DocumentWatch::IsReplaced() const
 {
-    return before_ != webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_));
+    return before_.get() != CurrentItem(view_);
 }
 
 void DocumentWatch::GiveUp()
 {
-    if (watched_ == nullptr)
+    if (!watched_)
         return;
-    g_signal_handlers_disconnect_by_data(watched_, this);
-    g_object_unref(std::exchange(watched_, nullptr));
+    g_signal_handlers_disconnect_by_data(watched_.get(), this);
+    watched_.reset();
 }
 
 bool DocumentWatch::Answered(WebKitResponsePolicyDecision* decision)
@@ -69,9 +75,9 @@ bool DocumentWatch::Answered(WebKitResponsePolicyDecision* decision)
 void DocumentWatch::OnResource(
     WebKitWebView* /*view*/, WebKitWebResource* resource, WebKitURIRequest* request, DocumentWatch* self)
 {
-    if (self->watched_ != nullptr || self->expected_ != webkit_uri_request_get_uri(request))
+    if (self->watched_ || self->expected_ != webkit_uri_request_get_uri(request))
         return;
-    self->watched_ = WEBKIT_WEB_RESOURCE(g_object_ref(resource));
+    self->watched_.reset(WEBKIT_WEB_RESOURCE(g_object_ref(resource)));
     self->answered_ = self->passwordWanted_ = false;
     const auto connect
         = [&](const char* signal, GCallback handler) { g_signal_connect(resource, signal, handler, self); };
@@ -102,7 +108,7 @@ void DocumentWatch::OnFailed(const GError& error)
 
 void DocumentWatch::ReportWatched(DocumentEnd::Kind kind, const char* reason)
 {
-    const std::string address = webkit_web_resource_get_uri(watched_);
+    const std::string address = webkit_web_resource_get_uri(watched_.get());
     GiveUp();
     report_({kind, address, 0, reason});
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Owned.h"
 #include "web/DocumentEnd.h"
 
 #include <functional>
@@ -41,8 +42,8 @@ private:
     WebKitWebView* view_; // becomes null when it is destroyed
     std::function<void(const DocumentEnd&)> report_;
     std::string expected_;
-    WebKitBackForwardListItem* before_ = nullptr; // where the view stood then
-    WebKitWebResource* watched_ = nullptr;
+    Owned<WebKitBackForwardListItem, g_object_unref> before_; // where the view stood then
+    Owned<WebKitWebResource, g_object_unref> watched_;
     bool answered_ = false;
     bool passwordWanted_ = false;
 };

@@ -1,5 +1,6 @@
 #include "toolkit/NativeEngineGtk.h"
 
+#include "base/Owned.h"
 #include "web/DisplayAddress.h"
 
 #include <utility>
@@ -23,31 +24,29 @@ bool SandboxWorks()
             static_cast<GSpawnFlags>(
                 G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
             nullptr, nullptr, nullptr, nullptr, &status, nullptr);
-    gchar* proxy = g_find_program_in_path("xdg-dbus-proxy"); // the sandbox needs it as well
-    const bool works = ran != FALSE && status == 0 && proxy != nullptr;
-    g_free(proxy);
-    return works;
+    const Owned<gchar, g_free> proxy(
+        g_find_program_in_path("xdg-dbus-proxy")); // the sandbox needs it as well
+    return ran != FALSE && status == 0 && proxy;
 }
 
 void Answer(WebKitURISchemeRequest* request, gpointer serve)
 {
     std::optional<PagePart> part = (*static_cast<Serve*>(serve))(webkit_uri_scheme_request_get_uri(request));
     if (!part) {
-        GError* error = g_error_new_literal(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "No part of the page shown");
-        webkit_uri_scheme_request_finish_error(request, error);
-        g_error_free(error);
+        const Owned<GError, g_error_free> error(
+            g_error_new_literal(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "No part of the page shown"));
+        webkit_uri_scheme_request_finish_error(request, error.get());
         return;
     }
     const auto size = static_cast<gint64>(part->bytes.size());
-    GInputStream* stream = g_memory_input_stream_new_from_data(
-        g_memdup2(part->bytes.data(), part->bytes.size()), size, g_free);
-    webkit_uri_scheme_request_finish(request, stream, size, std::string(part->mimeType).c_str());
-    g_object_unref(stream);
+    const Owned<GInputStream, g_object_unref> stream(
+        g_memory_input_stream_new_from_data(g_memdup2(part->bytes.data(), part->bytes.size()), size, g_free));
+    webkit_uri_scheme_request_finish(request, stream.get(), size, std::string(part->mimeType).c_str());
 }
 
 } // namespace
 
-WebKitWebContext* NewEngine(Serve serve)
+Engine NewEngine(Serve serve)
 {
     static const bool sandbox = [] {
         // What these libraries keep would stay in the user's cache folder.
@@ -55,14 +54,14 @@ WebKitWebContext* NewEngine(Serve serve)
         g_setenv("GST_REGISTRY_DISABLE", "yes", FALSE);
         return SandboxWorks();
     }();
-    WebKitWebContext* engine = webkit_web_context_new_ephemeral();
+    Engine engine(webkit_web_context_new_ephemeral());
     if (sandbox)
-        webkit_web_context_set_sandbox_enabled(engine, TRUE);
+        webkit_web_context_set_sandbox_enabled(engine.get(), TRUE);
     const std::string scheme(kPageScheme);
     // Pages that were followed can neither show nor link to what is ours.
     webkit_security_manager_register_uri_scheme_as_display_isolated(
-        webkit_web_context_get_security_manager(engine), scheme.c_str());
-    webkit_web_context_register_uri_scheme(engine, scheme.c_str(), Answer, new Serve(std::move(serve)),
+        webkit_web_context_get_security_manager(engine.get()), scheme.c_str());
+    webkit_web_context_register_uri_scheme(engine.get(), scheme.c_str(), Answer, new Serve(std::move(serve)),
         [](gpointer given) { delete static_cast<Serve*>(given); });
     return engine;
 }

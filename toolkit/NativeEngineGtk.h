@@ -1,14 +1,17 @@
 #pragma once
 
+#include "base/Owned.h"
 #include "toolkit/NativeWebView.h"
 
 #include <webkit2/webkit2.h>
 
 namespace vantro {
 
+using Engine = Owned<WebKitWebContext, g_object_unref>;
+
 // A context of the engine that leaves nothing on the disk, with the sandbox on where it works. Addresses of
-// our own scheme are answered by `serve` alone, which is copied. The caller owns it.
-[[nodiscard]] WebKitWebContext* NewEngine(std::function<std::optional<PagePart>(const std::string&)> serve);
+// our own scheme are answered by `serve` alone, which is copied.
+[[nodiscard]] Engine NewEngine(std::function<std::optional<PagePart>(const std::string&)> serve);
 
 // Most of these are the engine's defaults; they are said because pages of strangers depend on them.
 void Restrict(WebKitSettings* settings);

@@ -1,7 +1,8 @@
 #include "toolkit/NativeList.h"
 
+#include "base/Owned.h"
+
 #include <gtk/gtk.h>
-#include <memory>
 #include <wx/dataview.h>
 
 namespace vantro {
@@ -13,13 +14,12 @@ GtkTreeView* TreeOf(wxDataViewCtrl& list)
     return GTK_TREE_VIEW(list.GtkGetTreeView());
 }
 
-using Path = std::unique_ptr<GtkTreePath, decltype(&gtk_tree_path_free)>;
+using Path = Owned<GtkTreePath, gtk_tree_path_free>;
 
 Path PathOf(const ListRow& row)
 {
-    return {row.child ? gtk_tree_path_new_from_indices(row.root, *row.child, -1)
-                      : gtk_tree_path_new_from_indices(row.root, -1),
-        gtk_tree_path_free};
+    return Path(row.child ? gtk_tree_path_new_from_indices(row.root, *row.child, -1)
+                          : gtk_tree_path_new_from_indices(row.root, -1));
 }
 
 // Where the row begins in the whole list, scrolled out or not.
@@ -50,7 +50,7 @@ int HiddenPartOfTopRow(wxDataViewCtrl& list)
     GtkTreePath* first = nullptr;
     if (gtk_tree_view_get_visible_range(tree, &first, nullptr) == FALSE)
         return 0;
-    const Path top(first, gtk_tree_path_free);
+    const Path top(first);
     GdkRectangle visible;
     gtk_tree_view_get_visible_rect(tree, &visible);
     return visible.y - TopOf(tree, top.get());

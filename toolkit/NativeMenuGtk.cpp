@@ -1,5 +1,7 @@
 #include "toolkit/NativeMenuGtk.h"
 
+#include "base/Owned.h"
+
 #include <utility>
 
 namespace vantro {
@@ -14,16 +16,15 @@ struct Choice {
 
 void Append(WebKitContextMenu* menu, const char* label, bool enabled, Choice choice)
 {
-    GSimpleAction* action = g_simple_action_new(label, nullptr);
-    g_simple_action_set_enabled(action, enabled ? TRUE : FALSE);
+    const Owned<GSimpleAction, g_object_unref> action(g_simple_action_new(label, nullptr));
+    g_simple_action_set_enabled(action.get(), enabled ? TRUE : FALSE);
     g_signal_connect_data(
-        action, "activate",
+        action.get(), "activate",
         G_CALLBACK(+[](GSimpleAction*, GVariant*, Choice* made) { made->chosen(made->command, made->link); }),
         new Choice(std::move(choice)), [](gpointer made, GClosure*) { delete static_cast<Choice*>(made); },
         G_CONNECT_DEFAULT);
     webkit_context_menu_append(
-        menu, webkit_context_menu_item_new_from_gaction(G_ACTION(action), label, nullptr));
-    g_object_unref(action);
+        menu, webkit_context_menu_item_new_from_gaction(G_ACTION(action.get()), label, nullptr));
 }
 
 } // namespace

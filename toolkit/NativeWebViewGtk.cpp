@@ -1,5 +1,6 @@
 #include "toolkit/NativeWebView.h"
 
+#include "base/Owned.h"
 #include "toolkit/DocumentWatchGtk.h"
 #include "toolkit/NativeEngineGtk.h"
 #include "toolkit/NativeMenuGtk.h"
@@ -52,7 +53,7 @@ struct NativeWebView::Implementation {
           engine(NewEngine([from = serve](const std::string& address) {
               return *from != nullptr ? (*from)->events.serve(address) : std::nullopt;
           })),
-          view(WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(engine))),
+          view(WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(engine.get()))),
           window(new wxNativeWindow(parent, wxID_ANY, GTK_WIDGET(view))),
           watch(view, [this](const DocumentEnd& end) { events.document(end); })
     {
@@ -68,8 +69,7 @@ struct NativeWebView::Implementation {
     ~Implementation()
     {
         *serve = nullptr;
-        g_signal_handlers_disconnect_by_data(engine, this);
-        g_object_unref(engine);
+        g_signal_handlers_disconnect_by_data(engine.get(), this);
         if (view == nullptr)
             return;
         g_signal_handlers_disconnect_by_data(view, this);
@@ -93,7 +93,7 @@ struct NativeWebView::Implementation {
         Connect("decide-policy", G_CALLBACK(OnDecidePolicy));
         Connect("load-changed", G_CALLBACK(OnLoadChanged));
         Connect("load-failed", G_CALLBACK(OnLoadFailed));
-        g_signal_connect(engine, "download-started",
+        g_signal_connect(engine.get(), "download-started",
             G_CALLBACK(+[](WebKitWebContext*, WebKitDownload* download, Implementation* self) {
                 const std::string address = webkit_uri_request_get_uri(webkit_download_get_request(download));
                 webkit_download_cancel(download);
@@ -239,18 +239,17 @@ struct NativeWebView::Implementation {
         WebKitBackForwardList* list = webkit_web_view_get_back_forward_list(view);
         if (steps > 0)
             return webkit_back_forward_list_get_forward_item(list) != nullptr;
-        GList* items = webkit_back_forward_list_get_back_list(list);
+        const Owned<GList, g_list_free> items(webkit_back_forward_list_get_back_list(list));
         bool found = false;
-        for (GList* item = items; item != nullptr; item = item->next)
+        for (const GList* item = items.get(); item != nullptr; item = item->next)
             found = found
                 || page == webkit_back_forward_list_item_get_uri(WEBKIT_BACK_FORWARD_LIST_ITEM(item->data));
-        g_list_free(items);
         return found && IsOwnAddress(page);
     }
 
     Events events;
     std::shared_ptr<Implementation*> serve; // outlives this one in the engine
-    WebKitWebContext* engine;
+    Engine engine;
     WebKitWebView* view; // becomes null when the window library destroys it
     wxWindow* window;
     DocumentWatch watch;
@@ -274,10 +273,8 @@ wxWindow* NativeWebView::Window() const
 
 std::string NativeWebView::Normalized(const std::string& address)
 {
-    WebKitURIRequest* request = webkit_uri_request_new(address.c_str());
-    std::string normalized = webkit_uri_request_get_uri(request);
-    g_object_unref(request);
-    return normalized;
+    const Owned<WebKitURIRequest, g_object_unref> request(webkit_uri_request_new(address.c_str()));
+    return webkit_uri_request_get_uri(request.get());
 }
 
 void NativeWebView::Load(const std::string& address)
@@ -331,7 +328,8 @@ bool NativeWebView::IsReplaced() const
 
 void NativeWebView::SetCookies(bool taken)
 {
-    webkit_cookie_manager_set_accept_policy(webkit_web_context_get_cookie_manager(implementation_->engine),
+    webkit_cookie_manager_set_accept_policy(
+        webkit_web_context_get_cookie_manager(implementation_->engine.get()),
         taken ? WEBKIT_COOKIE_POLICY_ACCEPT_ALWAYS : WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
 }
 

@@ -1,12 +1,13 @@
 #include "SampleFeeds.h"
 
+#include "feeds/ItemTag.h"
 #include "feeds/Sites.h"
+#include "platform/Files.h"
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <iostream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -29,19 +30,12 @@ constexpr std::int64_t kMostReleased = 1'000'000'000;
 constexpr std::string_view kItemStart = "<item>";
 constexpr std::string_view kItemEnd = "</item>";
 
-std::string ReadWhole(const fs::path& file)
+std::string ReadSample(const fs::path& file)
 {
-    std::ifstream in(file, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    if (!in.is_open() || in.bad() || text.empty())
+    const std::optional<std::string> text = ReadWholeFile(file);
+    if (!text || text->empty())
         throw std::runtime_error("Cannot read the sample file " + file.string());
-    return text;
-}
-
-void ReplaceAll(std::string& text, std::string_view search, std::string_view value)
-{
-    for (auto at = text.find(search); at != std::string::npos; at = text.find(search, at + value.size()))
-        text.replace(at, search.size(), value);
+    return *text;
 }
 
 // What stands between the two marks, or the empty text if one of them is missing.
@@ -59,8 +53,8 @@ std::string Between(std::string_view text, std::string_view before, std::string_
 std::string Content(std::string_view item, const std::string& name)
 {
     std::string content = Between(item, "<" + name + ">", "</" + name + ">");
-    ReplaceAll(content, "<![CDATA[", "");
-    ReplaceAll(content, "]]>", "");
+    content = ReplaceAll(std::move(content), "<![CDATA[", "");
+    content = ReplaceAll(std::move(content), "]]>", "");
     return content;
 }
 
@@ -93,8 +87,8 @@ std::string InventedDate(std::int64_t number)
 
 SampleFeed::SampleFeed(const fs::path& feedFile, const fs::path& moreFile)
 {
-    const std::string text = ReadWhole(feedFile);
-    const std::string more = ReadWhole(moreFile);
+    const std::string text = ReadSample(feedFile);
+    const std::string more = ReadSample(moreFile);
     std::string_view rest = text;
     header_ = rest.substr(0, rest.find(kItemStart));
     rest.remove_prefix(header_.size());
@@ -120,8 +114,8 @@ std::string SampleFeed::ItemAt(std::int64_t place) const
         return items_[static_cast<std::size_t>(inFile - 1 - place)];
     const std::int64_t number = place - inFile + 1;
     std::string item = patterns_[static_cast<std::size_t>(number - 1) % patterns_.size()];
-    ReplaceAll(item, "{NUMBER}", std::to_string(number));
-    ReplaceAll(item, "{DATE}", InventedDate(number));
+    item = ReplaceAll(std::move(item), "{NUMBER}", std::to_string(number));
+    item = ReplaceAll(std::move(item), "{DATE}", InventedDate(number));
     return item;
 }
 
@@ -150,8 +144,8 @@ SampleFeeds::SampleFeeds(
     : pace_(pace),
       stateFile_(std::move(stateFile)),
       start_(start),
-      articlePattern_(ReadWhole(folder / "pages" / "article.html")),
-      notesPattern_(ReadWhole(folder / "pages" / "notes.nfo"))
+      articlePattern_(ReadSample(folder / "pages" / "article.html")),
+      notesPattern_(ReadSample(folder / "pages" / "notes.nfo"))
 {
     for (const Site* site : Sites()) {
         const fs::path file = fs::path(site->feedPath).filename();
@@ -173,7 +167,7 @@ SampleAnswer SampleFeeds::TakeFeed(
         SaveState();
     }
     SampleAnswer answer{entry.feed.Text(released), "text/xml"};
-    ReplaceAll(answer.body, "{BASE}", base);
+    answer.body = ReplaceAll(std::move(answer.body), "{BASE}", base);
     return answer;
 }
 
@@ -188,10 +182,10 @@ std::optional<SampleAnswer> SampleFeeds::FindPage(const std::string& path, std::
             continue;
         SampleAnswer answer{isNotes ? notesPattern_ : articlePattern_,
             (isNotes ? "text/plain; charset=" : "text/html; charset=") + entry.feed.Charset()};
-        ReplaceAll(answer.body, "{DATE}", Content(*item, "releasedate"));
-        ReplaceAll(answer.body, "{TEXT}", Content(*item, "description"));
-        ReplaceAll(answer.body, "{TITLE}", Content(*item, "title"));
-        ReplaceAll(answer.body, "{BASE}", base);
+        answer.body = ReplaceAll(std::move(answer.body), "{DATE}", Content(*item, "releasedate"));
+        answer.body = ReplaceAll(std::move(answer.body), "{TEXT}", Content(*item, "description"));
+        answer.body = ReplaceAll(std::move(answer.body), "{TITLE}", Content(*item, "title"));
+        answer.body = ReplaceAll(std::move(answer.body), "{BASE}", base);
         return answer;
     }
     return std::nullopt;
@@ -201,7 +195,7 @@ void SampleFeeds::LoadState()
 {
     if (stateFile_.empty())
         return;
-    std::ifstream in(stateFile_);
+    std::istringstream in(ReadWholeFile(stateFile_).value_or(""));
     std::string path;
     std::int64_t released = 0;
     while (in >> path >> released) {
@@ -218,21 +212,9 @@ void SampleFeeds::SaveState() const
     std::string text;
     for (const auto& [path, entry] : feeds_)
         text += path + " " + std::to_string(entry.released) + "\n";
-    if (!WriteAside(stateFile_, text))
+    if (ReplaceFile(stateFile_, text))
         std::cerr << "feedserver: cannot write " << stateFile_.string()
                   << "; the feeds will start anew next time\n";
-}
-
-bool WriteAside(const fs::path& file, std::string_view text)
-{
-    const fs::path aside = file.string() + ".new";
-    std::ofstream out(aside, std::ios::binary | std::ios::trunc);
-    out << text;
-    out.close();
-    std::error_code failed;
-    if (out)
-        fs::rename(aside, file, failed);
-    return out && !failed;
 }
 
 } // namespace vantro

@@ -93,8 +93,4 @@ private:
     std::map<std::string, Entry> feeds_; // by path; guarded by mutex_
 };
 
-// Writes `text` to a file beside `file` and renames it, so that a reader finds all of it or nothing.
-// False if it could not be written.
-bool WriteAside(const std::filesystem::path& file, std::string_view text);
-
 } // namespace vantro

@@ -2,6 +2,7 @@
 
 #include "SampleFeeds.h"
 #include "feeds/Sites.h"
+#include "platform/Files.h"
 
 #include <algorithm>
 #include <atomic>
@@ -25,23 +26,6 @@ namespace {
 constexpr const char* kAddress = "127.0.0.1";
 constexpr std::int64_t kLongestPace = 1'000'000;
 
-constexpr std::string_view kUsage
-    = "Usage: feedserver [--port N] [--port-file FILE] [--feeds DIR] [--state FILE]\n"
-      "                  [--every SECONDS | --every-requests N]\n"
-      "       feedserver --sites\n"
-      "\n"
-      "Serves a sample feed for each site, and the pages and pictures they link to, on 127.0.0.1.\n"
-      "\n"
-      "  --port N            listen on port N; 0, which is the default, takes any free one\n"
-      "  --port-file FILE    write the port's number into FILE; FILE is removed at the end\n"
-      "  --feeds DIR         where the sample feeds are (tools/feeds)\n"
-      "  --state FILE        keep in FILE how many items have appeared, and go on from there\n"
-      "  --every SECONDS     a further item appears in each feed after so many seconds\n"
-      "  --every-requests N  a further item appears with every Nth request of a feed (2)\n"
-      "  --rate BYTES        send feeds no faster than so many bytes a second\n"
-      "  --sites             print the key and the feed's path of each site, and serve nothing\n"
-      "  --help              show this text\n";
-
 struct Options {
     int port = 0;
     std::string portFile;
@@ -52,6 +36,32 @@ struct Options {
     bool sites = false;
     bool help = false;
 };
+
+std::string Usage()
+{
+    const Options options; // as they are when nothing is said
+    return std::string("Usage: feedserver [--port N] [--port-file FILE] [--feeds DIR] [--state FILE]\n"
+                       "                  [--every SECONDS | --every-requests N]\n"
+                       "       feedserver --sites\n"
+                       "\n"
+                       "Serves a sample feed for each site, and the pages and pictures they link to, on ")
+        + kAddress
+        + ".\n"
+          "\n"
+          "  --port N            listen on port N; 0, which is the default, takes any free one\n"
+          "  --port-file FILE    write the port's number into FILE; FILE is removed at the end\n"
+          "  --feeds DIR         where the sample feeds are ("
+        + options.feeds
+        + ")\n"
+          "  --state FILE        keep in FILE how many items have appeared, and go on from there\n"
+          "  --every SECONDS     a further item appears in each feed after so many seconds\n"
+          "  --every-requests N  a further item appears with every Nth request of a feed ("
+        + std::to_string(options.pace.requests)
+        + ")\n"
+          "  --rate BYTES        send feeds no faster than so many bytes a second\n"
+          "  --sites             print the key and the feed's path of each site, and serve nothing\n"
+          "  --help              show this text\n";
+}
 
 std::int64_t ReadNumber(std::string_view name, std::string_view text, std::int64_t least, std::int64_t most)
 {
@@ -193,7 +203,7 @@ int Run(const Options& options)
     const int port = Bind(server, options.port);
     const std::string base = std::string("http://") + kAddress + ":" + std::to_string(port);
     AddRoutes(server, feeds, base, options.feeds + "/pictures", options.rate);
-    if (!options.portFile.empty() && !WriteAside(options.portFile, std::to_string(port) + "\n"))
+    if (!options.portFile.empty() && ReplaceFile(options.portFile, std::to_string(port) + "\n"))
         throw std::runtime_error("Cannot write " + options.portFile);
     std::cout << "Serving on " << base << std::endl;
 
@@ -214,12 +224,12 @@ int main(int argc, char** argv)
         if (!options.help && !options.sites)
             return vantro::Run(options);
         if (options.help)
-            std::cout << vantro::kUsage;
+            std::cout << vantro::Usage();
         else
             vantro::PrintSites();
         return 0;
     } catch (const std::invalid_argument& wrong) {
-        std::cerr << "feedserver: " << wrong.what() << "\n\n" << vantro::kUsage;
+        std::cerr << "feedserver: " << wrong.what() << "\n\n" << vantro::Usage();
         return 2;
     } catch (const std::exception& error) {
         std::cerr << "feedserver: " << error.what() << "\n";

@@ -1,6 +1,6 @@
 #include "web/DisplayAddress.h"
 
-#include "base/TextCoding.h"
+#include "base/AsciiText.h"
 #include "web/WebAddress.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ constexpr std::string_view kBlanks = " \t\r\n\f";
 
 bool HasScheme(std::string_view address, std::string_view scheme)
 {
-    return ToLowerAscii(address.substr(0, address.find(':'))) == scheme;
+    return IsSameIgnoringCase(address.substr(0, address.find(':')), scheme);
 }
 
 // An address with "//", cut before the path, the query or the fragment, whichever comes first.
@@ -31,19 +31,12 @@ Cut CutAfterHost(std::string_view address)
     return {authority.substr(0, end), authority.substr(end)};
 }
 
-std::string_view Trimmed(std::string_view text)
-{
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
 } // namespace
 
 DisplayAddress::DisplayAddress(std::uint64_t display, std::string_view link)
     : number_(std::to_string(display))
 {
-    const auto checked = CheckWebAddress(std::string(Trimmed(link)));
+    const auto checked = CheckWebAddress(std::string(Trim(link, kBlanks)));
     const auto* address = std::get_if<std::string>(&checked);
     if (address == nullptr)
         return;

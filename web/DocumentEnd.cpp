@@ -1,5 +1,7 @@
 #include "web/DocumentEnd.h"
 
+#include "base/Amounts.h"
+#include "web/PageBrowser.h"
 #include "web/WebAddress.h"
 
 namespace vantro {
@@ -39,7 +41,7 @@ std::string SentenceOf(const DocumentEnd& end, bool opened)
     case DocumentEnd::Kind::NotAPage: return host + " sent a file that is no page." + Remedy(opened);
     case DocumentEnd::Kind::ForbidsFrames:
         return host + " does not let its page be shown here." + Remedy(opened);
-    case DocumentEnd::Kind::Late: return host + " has not answered for 30 seconds.";
+    case DocumentEnd::Kind::Late: return host + " has not answered for " + TimeText(kLoadLimit) + ".";
     case DocumentEnd::Kind::NoWebAddress:
         return (host.empty() ? "This link leads" : host + " sends this link on")
             + " to nothing that can be shown or opened.";

@@ -1,5 +1,7 @@
 #include "web/HttpAnswer.h"
 
+#include "base/AsciiText.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -30,28 +32,11 @@ constexpr std::array<std::pair<int, std::string_view>, 16> kReasons{{
     {504, "Gateway Timeout"},
 }};
 
-std::string_view Trim(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t\r\n";
-    const auto first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 std::string Printable(std::string_view text)
 {
     std::string result(text.substr(0, kLongestText));
     std::ranges::replace_if(
         result, [](unsigned char c) { return c < 0x20 || c > 0x7e; }, '?');
-    return result;
-}
-
-std::string Lower(std::string_view text)
-{
-    std::string result(text);
-    std::ranges::transform(result, result.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
     return result;
 }
 
@@ -87,13 +72,13 @@ void HttpAnswer::TakeField(std::string_view line)
     const auto colon = line.find(':');
     if (colon == std::string_view::npos || line.front() == ' ' || line.front() == '\t')
         return; // a folded line goes on with the field before it, and no field read here is ever that long
-    const std::string name = Lower(Trim(line.substr(0, colon)));
+    const std::string name = ToLowerAscii(Trim(line.substr(0, colon)));
     const std::string_view value = Trim(line.substr(colon + 1));
     if (name == "location")
         location_ = value;
     else if (name == "content-type")
         mimeType_ = Printable(Trim(value.substr(0, value.find(';'))));
-    else if (name == "content-encoding" && Lower(value) != "identity")
+    else if (name == "content-encoding" && ToLowerAscii(value) != "identity")
         coding_ = Printable(value);
     else if (name == "transfer-encoding")
         isChunked_ = true;

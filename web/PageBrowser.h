@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -9,6 +10,9 @@
 #include <vector>
 
 namespace vantro {
+
+// The time that a page has to load, and the server of a followed link to answer. Sentences name it.
+inline constexpr std::chrono::seconds kLoadLimit{30};
 
 // A page made of files of ours.
 struct LocalPage {
@@ -34,7 +38,7 @@ public:
     virtual ~PageBrowser() = default;
 
     // Both load something into the whole view and call `ended` once, later, from the event loop: when what is
-    // ours is there (pictures from elsewhere are not waited for), when the load failed, or after 30 seconds.
+    // ours is there (pictures from elsewhere are not waited for), when the load failed, or after kLoadLimit.
     // A newer call takes the place of a load under way, whose `ended` is then never called.
     virtual void ShowBlank(LoadEnded ended) = 0;
     // Reads the files at once; they are of no use any more when `ended` is called.

@@ -1,9 +1,10 @@
 #include "web/WebAddress.h"
 
+#include "base/Owned.h"
+
 #include <algorithm>
 #include <array>
 #include <curl/curl.h>
-#include <memory>
 
 namespace vantro {
 
@@ -18,14 +19,14 @@ constexpr auto kBarredPorts = std::to_array<int>({0, 1, 7, 9, 11, 13, 15, 17, 19
     636, 989, 990, 993, 995, 1719, 1720, 1723, 2049, 3659, 4045, 4190, 5060, 5061, 6000, 6566, 6665, 6666,
     6667, 6668, 6669, 6679, 6697, 10080});
 
-using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
+using Url = Owned<CURLU, curl_url_cleanup>;
 
 std::string Part(CURLU* url, CURLUPart part)
 {
     char* text = nullptr;
     if (curl_url_get(url, part, &text, 0) != CURLUE_OK)
         return {};
-    const std::unique_ptr<char, decltype(&curl_free)> owner(text, curl_free);
+    const Owned<char, curl_free> owner(text);
     return text;
 }
 
@@ -42,7 +43,7 @@ CURLUcode SetUrl(CURLU* url, const std::string& text, unsigned flags)
 
 std::variant<std::string, ReadRefused> CheckWebAddress(const std::string& address)
 {
-    const Url url(curl_url(), curl_url_cleanup);
+    const Url url(curl_url());
     CURLUcode code = SetUrl(url.get(), address, kEncode);
     if (code == CURLUE_OK) {
         const std::string scheme = Part(url.get(), CURLUPART_SCHEME);
@@ -55,13 +56,13 @@ std::variant<std::string, ReadRefused> CheckWebAddress(const std::string& addres
 
 std::string HostOf(const std::string& address)
 {
-    const Url url(curl_url(), curl_url_cleanup);
+    const Url url(curl_url());
     return SetUrl(url.get(), address, kEncode) == CURLUE_OK ? Part(url.get(), CURLUPART_HOST) : "";
 }
 
 bool HasBarredPort(const std::string& address)
 {
-    const Url url(curl_url(), curl_url_cleanup);
+    const Url url(curl_url());
     if (SetUrl(url.get(), address, kEncode) != CURLUE_OK)
         return false;
     const std::string port = Part(url.get(), CURLUPART_PORT);
@@ -70,7 +71,7 @@ bool HasBarredPort(const std::string& address)
 
 std::string OriginOf(const std::string& address)
 {
-    const Url url(curl_url(), curl_url_cleanup);
+    const Url url(curl_url());
     if (SetUrl(url.get(), address, kEncode) != CURLUE_OK)
         return {};
     const std::string port = Part(url.get(), CURLUPART_PORT);
@@ -80,7 +81,7 @@ std::string OriginOf(const std::string& address)
 
 std::optional<std::string> ResolveRedirect(const std::string& base, const std::string& location)
 {
-    const Url url(curl_url(), curl_url_cleanup);
+    const Url url(curl_url());
     if (SetUrl(url.get(), base, kEncode) != CURLUE_OK
         || SetUrl(url.get(), location, kEncode | CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK)
         return std::nullopt;

@@ -259,7 +259,7 @@ void frmMain::SayMine(wxString& mine, const std::string& text)
 
 FeedServices frmMain::Services()
 {
-    return {runtime_.store, runtime_.registry, runtime_.tree, [this] { Update(); },
+    return {runtime_.registry, runtime_.tree, [this] { Update(); },
         [this](const std::string& text) { Say(text); }};
 }
 

@@ -1,11 +1,11 @@
 #include "tests/support/FeedFixture.h"
 
 #include "feeds/ItemTag.h"
+#include "platform/PrivateFolder.h"
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
@@ -13,11 +13,7 @@ namespace vantro {
 
 namespace fs = std::filesystem;
 
-TemporaryFolder::TemporaryFolder()
-{
-    std::string name = (fs::temp_directory_path() / "vantro-test-XXXXXX").string();
-    path_ = mkdtemp(name.data());
-}
+TemporaryFolder::TemporaryFolder() : path_(MakePrivateFolder(fs::temp_directory_path(), "vantro-test-")) { }
 
 TemporaryFolder::~TemporaryFolder()
 {

@@ -63,7 +63,7 @@ protected:
     }
     FeedServices Services()
     {
-        return {*store_, *registry_, *tree_, [] {}, [this](const auto& text) { said_.push_back(text); }};
+        return {*registry_, *tree_, [] {}, [this](const auto& text) { said_.push_back(text); }};
     }
 
     TemporaryFolder folder_;

@@ -1,3 +1,4 @@
+#include "base/Owned.h"
 #include "tests/window/WindowTest.h"
 
 #include <cstdlib>
@@ -61,10 +62,9 @@ void Click(const wxWindow& window, wxPoint place, int button, int key)
 std::string ColourAt(const wxWindow& window, wxPoint place)
 {
     const wxPoint at = window.ClientToScreen(place);
-    GdkPixbuf* pixel = gdk_pixbuf_get_from_window(gdk_get_default_root_window(), at.x, at.y, 1, 1);
-    std::string colour(reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(pixel)), 3);
-    g_object_unref(pixel);
-    return colour;
+    const Owned<GdkPixbuf, g_object_unref> pixel(
+        gdk_pixbuf_get_from_window(gdk_get_default_root_window(), at.x, at.y, 1, 1));
+    return {reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(pixel.get())), 3};
 }
 
 bool ShowAndSettle(wxTopLevelWindow& window)

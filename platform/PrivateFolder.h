@@ -1,0 +1,18 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace vantro {
+
+// Makes the folder and those above it that are missing, for the user alone (mode 0700); what is there stays
+// as it is. The error of the first one that cannot be made.
+[[nodiscard]] std::error_code MakePrivateFolders(const std::filesystem::path& folder);
+
+// A new folder for the user alone, named `prefix` and six letters, in the folder `parent`, which exists.
+// Throws std::filesystem::filesystem_error.
+[[nodiscard]] std::filesystem::path MakePrivateFolder(
+    const std::filesystem::path& parent, std::string_view prefix);
+
+} // namespace vantro
