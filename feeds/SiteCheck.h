@@ -42,6 +42,12 @@ constexpr bool Keeps(const Site& site, std::string_view value)
         site.stored, [value](const SiteField& field) { return IsSameValue(field.value, value); });
 }
 
+// A page that asks for no option names the empty text.
+constexpr bool Offers(const Site& site, std::string_view option)
+{
+    return option.empty() || std::ranges::count(site.optionFrame.options, option, &Option::name) == 1;
+}
+
 // Of the files of any page.
 consteval bool IsConsistent(const PageRecipe& page)
 {
@@ -78,6 +84,9 @@ consteval bool IsConsistent(const Site& site)
         Require(Keeps(site, field.value), "a value that the page reads is one that the site keeps");
     Require(std::ranges::count(site.page->fields, "Link", &PageField::value) == 1, "the page reads the link");
     Require(site.page->filled.size() == 2, "an item page has the templates of its two frames");
+    Require(Offers(site, site.page->externalOption) && Offers(site, site.page->autoLinkOption),
+        "an option that the page asks for is one of the site's");
+    Require(IsConsistent(site.optionFrame), "minutes have their check box before them");
     return IsConsistent(*site.page);
 }
 
