@@ -2,6 +2,7 @@
 
 #include "feeds/Sites.h"
 #include "settings/MinutesText.h"
+#include "settings/Options.h"
 #include "settings/modRegistry.h"
 #include "toolkit/Screen.h"
 #include "windows/modFrmCtrl.h"

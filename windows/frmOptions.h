@@ -1,8 +1,6 @@
 #pragma once
 
 #include "base/Twips.h"
-#include "settings/Options.h"
-#include "settings/modRegistry.h"
 
 #include <functional>
 #include <string>
@@ -14,6 +12,10 @@ class wxStaticBox;
 class wxTextCtrl;
 
 namespace vantro {
+
+class modRegistry;
+struct Option;
+struct OptionFrame;
 
 // The options dialog, modeless: a frame for the general options and one for each site that has any, one below
 // the other, as high as they are together. Every change is stored the moment it is made. Closing it (Escape

@@ -3,6 +3,7 @@
 #include "feeds/ItemStore.h"
 #include "feeds/SiteOperations.h"
 #include "feeds/Sites.h"
+#include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
 #include <filesystem>
