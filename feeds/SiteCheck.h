@@ -42,10 +42,11 @@ constexpr bool Keeps(const Site& site, std::string_view value)
         site.stored, [value](const SiteField& field) { return IsSameValue(field.value, value); });
 }
 
-// A page that asks for no option names the empty text.
-constexpr bool Offers(const Site& site, std::string_view option)
+// Whether the site has the option; null, which is that of a page that asks for none, it has.
+constexpr bool Offers(const Site& site, const Option* option)
 {
-    return option.empty() || std::ranges::count(site.optionFrame.options, option, &Option::name) == 1;
+    return option == nullptr
+        || std::ranges::count(site.optionFrame.options, option->name, &Option::name) == 1;
 }
 
 // Of the files of any page.
@@ -66,7 +67,8 @@ consteval bool IsConsistent(const PageRecipe& page)
         }
     }
     const bool hasTarget = HasStep(page, PageValue::ExternalTarget);
-    Require(hasTarget != page.externalOption.empty(), "a page with an external target has an option for it");
+    Require(
+        hasTarget == (page.externalOption != nullptr), "a page with an external target has an option for it");
     Require(hasTarget != page.externalPrefix.empty(), "a page with an external target has a name for it");
     return true;
 }

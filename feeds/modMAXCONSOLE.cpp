@@ -35,7 +35,7 @@ constexpr PageRecipe kPage{
     .shown = "maxconsole-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
-    .externalOption = kExternal.name,
+    .externalOption = &kExternal,
     .externalPrefix = "_XboxSceneExternal", // shared with Xbox-Scene, so both open the same window for item n
 };
 

@@ -41,10 +41,10 @@ constexpr PageRecipe kPage{
     .shown = "xbins-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
-    .externalOption = kExternal.name,
+    .externalOption = &kExternal,
     .externalPrefix = "_XbinsExternal",
     .emptyLink = "http://www.xbins.example/",
-    .autoLinkOption = kAutoNfo.name,
+    .autoLinkOption = &kAutoNfo,
 };
 
 } // namespace

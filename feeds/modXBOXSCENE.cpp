@@ -37,7 +37,7 @@ constexpr PageRecipe kPage{
     .shown = "xboxscene-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
-    .externalOption = kExternal.name,
+    .externalOption = &kExternal,
     .externalPrefix = "_XboxSceneExternal",
 };
 
