@@ -103,7 +103,7 @@ private:
     {
         if (!TakeNumber(1, 2, day_))
             return false;
-        constexpr std::array<std::u16string_view, 4> kOrdinals = {u"st", u"nd", u"rd", u"th"};
+        constexpr std::u16string_view kOrdinals[] = {u"st", u"nd", u"rd", u"th"};
         if (!std::ranges::any_of(kOrdinals, [this](auto ending) { return TakeName(ending); }))
             Take(u".");
         return SkipSeparator(u",-/");

@@ -8,7 +8,7 @@
 #include "feeds/ItemTag.h"
 #include "feeds/ReadMarks.h"
 #include "platform/Files.h"
-#include "settings/modRegistry.h"
+#include "settings/Options.h"
 #include "web/DisplayAddress.h"
 #include "web/PageAddress.h"
 
@@ -99,7 +99,7 @@ void PageDisplay::ShowItemFiles()
         MarkRead(services_, *node);
     const Values values = ReadValues();
     const PageRecipe& page = *request_.page;
-    if (!page.autoLinkOption.empty() && IsOn(page.autoLinkOption))
+    if (page.autoLinkOption != nullptr && IsOn(services_.registry, *page.autoLinkOption))
         autoLink_ = AddressOfLink(values.at("Link"));
     ShowFiles(values);
 }
@@ -171,17 +171,12 @@ std::string PageDisplay::ValueOf(const Replacement& step, const Values& values) 
     case PageValue::Version: return VersionLine;
     case PageValue::MainFrame: return std::string(kMainFrame);
     case PageValue::ExternalTarget:
-        return IsOn(request_.page->externalOption)
+        return IsOn(services_.registry, *request_.page->externalOption)
             ? std::string(request_.page->externalPrefix) + std::to_string(ItemNumber(request_.item->key))
             : std::string(kMainFrame);
     case PageValue::FileOf: return DisplayAddress(newest_).OfFile(step.argument);
     }
     return {};
-}
-
-bool PageDisplay::IsOn(std::string_view option) const
-{
-    return services_.registry.ReadRegValue(RegRoot, RegPath, option) == 1;
 }
 
 void PageDisplay::FilesLoaded(PageBrowser::LoadEnd end)

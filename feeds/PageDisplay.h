@@ -60,7 +60,6 @@ private:
     [[nodiscard]] Values ReadValues();
     [[nodiscard]] bool WriteFiles(const Values& values);
     [[nodiscard]] std::string ValueOf(const Replacement& step, const Values& values) const;
-    [[nodiscard]] bool IsOn(std::string_view option) const;
 
     PageBrowser& browser_;
     FeedServices services_;

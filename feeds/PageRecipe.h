@@ -6,6 +6,8 @@
 
 namespace vantro {
 
+struct Option;
+
 // Where the value of a replacement comes from.
 enum class PageValue : std::uint8_t {
     Stored, // the item's stored value named by `argument`, exactly as stored; dates in the user's words
@@ -55,10 +57,10 @@ struct PageRecipe {
 
     // Of item pages only.
     std::span<const PageField> fields = {};
-    std::string_view externalOption = {};
+    const Option* externalOption = nullptr;
     std::string_view externalPrefix = {}; // in front of the item's number in an external target
     std::string_view emptyLink = {}; // a "Link" of this address, in any letter case, counts as empty
-    std::string_view autoLinkOption = {}; // when on, the bottom frame goes to the "Link" by itself
+    const Option* autoLinkOption = nullptr; // when on, the bottom frame goes to the "Link" by itself
 };
 
 } // namespace vantro

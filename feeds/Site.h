@@ -2,6 +2,7 @@
 
 #include "feeds/ItemState.h"
 #include "feeds/PageRecipe.h"
+#include "settings/Options.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -36,6 +37,7 @@ struct Site {
     std::span<const SiteField> taken; // in the order they are taken from an item
     std::span<const SiteField> stored; // the same in the order they are written
     const PageRecipe* page;
+    OptionFrame optionFrame = {}; // under the display name; without any there is no frame
 };
 
 // The site's base address as it was built in: that of the build settings, else the row's.

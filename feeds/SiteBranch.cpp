@@ -1,7 +1,7 @@
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "feeds/SiteOperations.h"
-#include "settings/modRegistry.h"
+#include "settings/Options.h"
 
 namespace vantro {
 
@@ -41,7 +41,7 @@ void UpdateSiteCounts(const Site& site, const FeedServices& services)
         root->Tag() + " (" + std::to_string(fresh) + " New, " + std::to_string(unread) + " Unread, "
             + std::to_string(total) + " Total)",
         fresh > 0);
-    if (fresh > 0 && services.registry.ReadRegValue(RegRoot, RegPath, "Auto Expand New") == 1)
+    if (fresh > 0 && IsOn(services.registry, kAutoExpandNew))
         services.tree.SetExpanded(*root, true);
 }
 

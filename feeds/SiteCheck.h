@@ -36,6 +36,13 @@ constexpr bool Keeps(const Site& site, std::string_view value)
         site.stored, [value](const SiteField& field) { return IsSameIgnoringCase(field.value, value); });
 }
 
+// Whether the site has the option; null, which is that of a page that asks for none, it has.
+constexpr bool Offers(const Site& site, const Option* option)
+{
+    return option == nullptr
+        || std::ranges::count(site.optionFrame.options, option->name, &Option::name) == 1;
+}
+
 // Of the files of any page.
 consteval bool IsConsistent(const PageRecipe& page)
 {
@@ -54,7 +61,8 @@ consteval bool IsConsistent(const PageRecipe& page)
         }
     }
     const bool hasTarget = HasStep(page, PageValue::ExternalTarget);
-    Require(hasTarget != page.externalOption.empty(), "a page with an external target has an option for it");
+    Require(
+        hasTarget == (page.externalOption != nullptr), "a page with an external target has an option for it");
     Require(hasTarget != page.externalPrefix.empty(), "a page with an external target has a name for it");
     return true;
 }
@@ -72,6 +80,9 @@ consteval bool IsConsistent(const Site& site)
         Require(Keeps(site, field.value), "a value that the page reads is one that the site keeps");
     Require(std::ranges::count(site.page->fields, "Link", &PageField::value) == 1, "the page reads the link");
     Require(site.page->filled.size() == 2, "an item page has the templates of its two frames");
+    Require(Offers(site, site.page->externalOption) && Offers(site, site.page->autoLinkOption),
+        "an option that the page asks for is one of the site's");
+    Require(IsConsistent(site.optionFrame), "minutes have their check box before them");
     return IsConsistent(*site.page);
 }
 

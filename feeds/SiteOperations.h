@@ -37,7 +37,7 @@ void MergeFeed(const Site& site, const FeedServices& services, const std::filesy
 void LoadSiteItems(const Site& site, const FeedServices& services);
 
 // Lets the window paint, then rewrites the site node's caption with the counts of new, unread and
-// stored items, sets it bold when some are new, and then expands it if "Auto Expand New" is on.
+// stored items, sets it bold when some are new, and then expands it if kAutoExpandNew is on.
 void UpdateSiteCounts(const Site& site, const FeedServices& services);
 
 // Shows the page of an item, marked read; `shown` is called when the display has ended.

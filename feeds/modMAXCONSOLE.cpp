@@ -24,6 +24,10 @@ constexpr FilledTemplate kFilled[]
 constexpr std::string_view kDeleted[]
     = {"maxconsole-frames.htm", "maxconsole-title.htm", "maxconsole-main.htm", "maxconsole-logo.jpg"};
 
+constexpr Option kExternal{"Max Console External", OptionKind::OnOff, "chkMaxConsoleExternalPage", 10,
+    "Open news in external browser", {240, 240, 2535, 255}};
+constexpr Option kOptions[] = {kExternal};
+
 constexpr PageRecipe kPage{
     .resourceType = "MAXCONSOLE",
     .saved = kSaved,
@@ -31,7 +35,7 @@ constexpr PageRecipe kPage{
     .shown = "maxconsole-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
-    .externalOption = "Max Console External",
+    .externalOption = &kExternal,
     .externalPrefix = "_XboxSceneExternal", // shared with Xbox-Scene, so both open the same window for item n
 };
 
@@ -49,6 +53,7 @@ constexpr Site modMAXCONSOLE{
     .taken = kFields,
     .stored = kFields,
     .page = &kPage,
+    .optionFrame = {"Frame5", 735, kOptions},
 };
 static_assert(IsConsistent(modMAXCONSOLE));
 

@@ -28,6 +28,12 @@ constexpr FilledTemplate kFilled[] = {{"xbins-main.htm", "MAIN", {}}, {"xbins-ti
 constexpr std::string_view kDeleted[]
     = {"xbins-frames.htm", "xbins-title.htm", "xbins-main.htm", "xbins-logo.gif"};
 
+constexpr Option kAutoNfo{"Xbins Auto NFO", OptionKind::OnOff, "chkXbinsAutoNFO", 7, "Auto display NFO link",
+    {240, 240, 1815, 255}};
+constexpr Option kExternal{"Xbins External Page", OptionKind::OnOff, "chkXbinsExternalPage", 8,
+    "Open author/product homepage in external browser", {240, 480, 3975, 255}};
+constexpr Option kOptions[] = {kAutoNfo, kExternal};
+
 constexpr PageRecipe kPage{
     .resourceType = "XBINS",
     .saved = kSaved,
@@ -35,10 +41,10 @@ constexpr PageRecipe kPage{
     .shown = "xbins-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
-    .externalOption = "Xbins External Page",
+    .externalOption = &kExternal,
     .externalPrefix = "_XbinsExternal",
     .emptyLink = "http://www.xbins.example/",
-    .autoLinkOption = "Xbins Auto NFO",
+    .autoLinkOption = &kAutoNfo,
 };
 
 } // namespace
@@ -55,6 +61,7 @@ constexpr Site modXBINS{
     .taken = kFields,
     .stored = kFields,
     .page = &kPage,
+    .optionFrame = {"Frame3", 855, kOptions},
 };
 static_assert(IsConsistent(modXBINS));
 

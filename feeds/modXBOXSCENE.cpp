@@ -26,6 +26,10 @@ constexpr FilledTemplate kFilled[]
 constexpr std::string_view kDeleted[] = {"xboxscene-frames.htm", "xboxscene-title.htm", "xboxscene-main.htm",
     "xboxscene-logo.jpg", "xboxscene-bgnd.gif"};
 
+constexpr Option kExternal{"XboxScene External", OptionKind::OnOff, "chkXboxSceneExternalPage", 9,
+    "Open news in external browser", {240, 240, 2535, 255}};
+constexpr Option kOptions[] = {kExternal};
+
 constexpr PageRecipe kPage{
     .resourceType = "XBOXSCENE",
     .saved = kSaved,
@@ -33,7 +37,7 @@ constexpr PageRecipe kPage{
     .shown = "xboxscene-frames.htm",
     .deleted = kDeleted,
     .fields = kPageFields,
-    .externalOption = "XboxScene External",
+    .externalOption = &kExternal,
     .externalPrefix = "_XboxSceneExternal",
 };
 
@@ -51,6 +55,7 @@ constexpr Site modXBOXSCENE{
     .taken = kFields,
     .stored = kFields,
     .page = &kPage,
+    .optionFrame = {"Frame4", 855, kOptions},
 };
 static_assert(IsConsistent(modXBOXSCENE));
 

@@ -25,12 +25,12 @@ struct Manager {
 };
 
 // The two have the same methods and signals. MATE and Cinnamon answer to the first.
-constexpr std::array<Manager, 2> kManagers{{
+constexpr auto kManagers = std::to_array<Manager>({
     {"org.gnome.SessionManager", "/org/gnome/SessionManager", "org.gnome.SessionManager",
         "org.gnome.SessionManager.ClientPrivate"},
     {"org.xfce.SessionManager", "/org/xfce/SessionManager", "org.xfce.Session.Manager",
         "org.xfce.Session.Client"},
-}};
+});
 
 // GIO, asked for a bus that nobody has announced, starts one and waits; no session manager would be there.
 bool IsBusAnnounced()

@@ -2,6 +2,7 @@
 
 #include "base/modMain.h"
 #include "platform/Files.h"
+#include "settings/Options.h"
 #include "settings/modRegistry.h"
 
 namespace vantro {
@@ -54,7 +55,7 @@ void RefreshCycle::StartFeedDownloads()
 
 void RefreshCycle::StartRefreshTimer()
 {
-    if (services_.registry.ReadRegValue(RegRoot, RegPath, "Check Interval") == 1 && IntervalMinutes() > 0) {
+    if (IsOn(services_.registry, kCheckInterval) && IntervalMinutes() > 0) {
         tmrDownload_.Enable(kTick);
         MinuteCount = 0;
     }
@@ -85,7 +86,7 @@ void RefreshCycle::tmrDownload_Timer()
 
 std::int32_t RefreshCycle::IntervalMinutes() const
 {
-    return services_.registry.ReadRegValue(RegRoot, RegPath, "Check Interval Minutes").ToNumber();
+    return ReadOption(services_.registry, kCheckIntervalMinutes).ToNumber();
 }
 
 void RefreshCycle::DLComplete(const Feed& feed)

@@ -160,7 +160,7 @@ TEST_F(FeedMergeTest, ExpandsABranchWithNewItemsWhenAsked)
     const NewsNode& root = *tree_->Find("XBOXSCENE");
     ReceiveTitles(modXBOXSCENE, {"A"});
     EXPECT_TRUE(root.Bold() && !root.Expanded());
-    SetOption("Auto Expand New", 1);
+    SetOption(kAutoExpandNew.name, 1);
     UpdateSiteCounts(modXBOXSCENE, Services());
     EXPECT_TRUE(root.Expanded());
     MarkRead(Services(), Item(modXBOXSCENE, "A"));

@@ -19,7 +19,7 @@ TEST_F(PagesWindowTest, AClickedLinkAlwaysDoesSomething)
         std::string says = {};
         bool opensOutside = false;
         const Site& site = modVANTRO;
-        const char* option = "";
+        std::string_view option = {};
         int button = wxMOUSE_BTN_LEFT;
         int key = 0;
         bool outsideStarts = true;
@@ -27,8 +27,8 @@ TEST_F(PagesWindowTest, AClickedLinkAlwaysDoesSomething)
     server_.Serve("/late", "", HttpServer::Then::Stall);
     for (const Case& c :
         {Case{"/a", Html("A page")}, {"/b", Html("A page"), "", false, modXBOXSCENE},
-            {"/c", "", "", true, modXBOXSCENE, "XboxScene External"},
-            {"/d", "", "", true, modMAXCONSOLE, "Max Console External"},
+            {"/c", "", "", true, modXBOXSCENE, ExternalOption(modXBOXSCENE)},
+            {"/d", "", "", true, modMAXCONSOLE, ExternalOption(modMAXCONSOLE)},
             {"mailto:a@a.example", "", "", true, modXBOXSCENE},
             {"/e", "", "", true, modVANTRO, "", wxMOUSE_BTN_MIDDLE},
             {"/f", "", "", true, modVANTRO, "", wxMOUSE_BTN_LEFT, WXK_CONTROL},
@@ -59,8 +59,10 @@ TEST_F(PagesWindowTest, AClickedLinkAlwaysDoesSomething)
         const std::string link = c.path.starts_with('/') ? server_.Address(c.path) : c.path;
         if (!c.answer.empty())
             server_.Serve(c.path, c.answer);
-        for (const char* option : {"XboxScene External", "Max Console External"})
-            SetOption(option, option == std::string(c.option) ? 1 : 0);
+        for (const Site* site : Sites()) {
+            for (const auto& option : site->optionFrame.options)
+                SetOption(option.name, option.name == c.option ? 1 : 0);
+        }
         ReceiveLink(c.site, link);
         Show(c.site);
         EXPECT_EQ(pageSays_, "") << "what was said of the page before no longer holds";
@@ -127,7 +129,7 @@ TEST_F(PagesWindowTest, APageFollowedToCannotMoveOnOpenWindowsOrAskQuestionsByIt
              "setTimeout(()=>{location='/moved'},200);setTimeout(()=>{window.open('/window')},300)</script>"
              "<p style='position:fixed;left:0;top:0;width:100%;height:100px' "
              "onclick=\"for(i=0;i<30;++i)window.open('/clicked')\">Text"));
-    SetOption("Xbins Auto NFO", 1);
+    SetOption(AutoNfoOption(), 1);
     ReceiveLink(modXBINS, ReplaceAll(server_.Address("/a b.nfo"), "http:", "HTTP:"));
     Show(modXBINS);
     EXPECT_TRUE(PumpUntil([&] { return server_.Hits("/a%20b.nfo") == 1; }))

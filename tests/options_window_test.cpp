@@ -14,8 +14,8 @@ struct OptionsDialogTest : FeedFixture {
     {
         dialog = new frmOptions(
             nullptr, *registry_, [this] { timer += "start "; }, [this] { timer += "stop "; }, Services().say);
-        box = wxDynamicCast(dialog->FindWindow("chkCheckInterval"), wxCheckBox);
-        minutes = wxDynamicCast(dialog->FindWindow("txtCheckInterval"), wxTextCtrl);
+        box = wxDynamicCast(dialog->FindWindow(kCheckInterval.control), wxCheckBox);
+        minutes = wxDynamicCast(dialog->FindWindow(kCheckIntervalMinutes.control), wxTextCtrl);
         ASSERT_TRUE(ShowAndSettle(*dialog));
     }
 
@@ -27,11 +27,11 @@ struct OptionsDialogTest : FeedFixture {
 
 TEST_F(OptionsDialogTest, FillingCountsAsAChangeOfWhatIsStored)
 {
-    SetOption("Check Interval", 1);
-    registry_->WriteRegValue(RegRoot, RegPath, "Check Interval Minutes", "-7.0", RegType::Sz);
+    SetOption(kCheckInterval.name, 1);
+    registry_->WriteRegValue(RegRoot, RegPath, kCheckIntervalMinutes.name, "-7.0", RegType::Sz);
     Open();
     EXPECT_EQ(minutes->GetValue(), "-7.0");
-    EXPECT_TRUE(minutes->IsEnabled() && Option("Check Interval Minutes").IsNumber());
+    EXPECT_TRUE(minutes->IsEnabled() && Option(kCheckIntervalMinutes.name).IsNumber());
     EXPECT_EQ(timer, "start ");
     dialog->Close();
     EXPECT_TRUE(PumpUntil([&] { return Option("frmOptionsTop").IsNumber(); }));
@@ -42,11 +42,11 @@ TEST_F(OptionsDialogTest, TheMouseSwitchesCheckingOnAndOff)
     Open();
     EXPECT_FALSE(minutes->IsEnabled());
     Click(*box, {40, 10});
-    ASSERT_TRUE(PumpUntil([&] { return Option("Check Interval") == 1 && minutes->IsEnabled(); }));
+    ASSERT_TRUE(PumpUntil([&] { return Option(kCheckInterval.name) == 1 && minutes->IsEnabled(); }));
     Click(*minutes, {10, 10}); // also shows that it lies above the caption
     ASSERT_TRUE(PumpUntil([&] { return minutes->HasFocus(); }));
     Click(*box, {40, 10});
-    ASSERT_TRUE(PumpUntil([&] { return Option("Check Interval") == 0 && !minutes->IsEnabled(); }));
+    ASSERT_TRUE(PumpUntil([&] { return Option(kCheckInterval.name) == 0 && !minutes->IsEnabled(); }));
     EXPECT_EQ(timer, "start stop ");
     DestroyAndWait(*dialog);
 }
@@ -83,8 +83,8 @@ TEST_F(OptionsDialogTest, TheTabKeyGoesThroughAllBoxesAndEveryKeystrokeStoresIts
 
 TEST_F(OptionsDialogTest, WhatAHeldStoreDoesNotTakeIsSaidOnceForEachBatch)
 {
-    SetOption("Auto Expand New", 1);
-    SetOption("Check Interval", 1);
+    SetOption(kAutoExpandNew.name, 1);
+    SetOption(kCheckInterval.name, 1);
     RegistryStore other(folder_.Path() / "registry.db");
     RegistryStore::Batch holds(other);
     other.CreateKey("held");

@@ -114,13 +114,13 @@ TEST_F(PageDisplayTest, FillsTheTemplatesInTheOrderOfTheSteps)
 {
     struct Case {
         const Site& site;
-        const char* on; // the option that sends a link outside
+        std::string_view on; // the option that sends a link outside
         const char* item;
         const char* file;
         Titles parts;
     };
     for (const Case& c :
-        {Case{modXBINS, "Xbins External Page",
+        {Case{modXBINS, ExternalOption(modXBINS),
              "<title>A [NFO "
              "TEXT]</title><link>N</link><homepage>H</homepage><releasedate>2003-07-05</releasedate>",
              "xbins-title.htm",
@@ -141,19 +141,21 @@ TEST_F(PageDisplayTest, FillsTheTemplatesInTheOrderOfTheSteps)
                     "Item Date: soon<"}},
             {modMAXCONSOLE, "", "<title>A</title><description><b>[TITLE] [DESCRIPTION]</b></description>",
                 "maxconsole-main.htm", {"<b>[TITLE] [DESCRIPTION]</b>"}},
-            {modMAXCONSOLE, "Max Console External", "<title>B</title><link>L</link>", "maxconsole-title.htm",
-                {"href=\"L\" target=\"_XboxSceneExternal1\""}},
-            {modXBOXSCENE, "XboxScene External", "<title>A</title><link>L</link>", "xboxscene-title.htm",
-                {"href=\"L\" target=\"_XboxSceneExternal1\""}},
-            {modXBOXSCENE, "Max Console External",
+            {modMAXCONSOLE, ExternalOption(modMAXCONSOLE), "<title>B</title><link>L</link>",
+                "maxconsole-title.htm", {"href=\"L\" target=\"_XboxSceneExternal1\""}},
+            {modXBOXSCENE, ExternalOption(modXBOXSCENE), "<title>A</title><link>L</link>",
+                "xboxscene-title.htm", {"href=\"L\" target=\"_XboxSceneExternal1\""}},
+            {modXBOXSCENE, ExternalOption(modMAXCONSOLE),
                 "<title>[LINK TEXT]|[LINK TARGET] xboxscene-logo.jpg</title><link>[TITLE]</link>",
                 "xboxscene-title.htm",
                 {">[TITLE]|mainFrame vantro-page://{N}/xboxscene-logo.jpg</div>",
                     "href=\"[TITLE]\" target=\"mainFrame\" title=\"[TITLE]\""}},
             {modXBOXSCENE, "", "<title>C</title>", "xboxscene-main.htm",
                 {"url(\"vantro-page://{N}/xboxscene-bgnd.gif\")"}}}) {
-        for (const std::string option : {"Xbins External Page", "Max Console External", "XboxScene External"})
-            SetOption(option, option == c.on ? 1 : 2);
+        for (const Site* site : Sites()) {
+            for (const auto& option : site->optionFrame.options)
+                SetOption(option.name, option.name == c.on ? 1 : 2);
+        }
         Receive(c.site, "<item>"s + c.item + "</item>");
         Show(c.site);
         Answer();
@@ -174,7 +176,7 @@ TEST_F(PageDisplayTest, SendsTheBottomFrameToTheNfoByItselfWhenToldTo)
              {1, "http://WWW.xbins.example/", LoadEnd::Complete, false},
              {1, "http://a.example/3.nfo", LoadEnd::Failed, false},
              {1, " \r\n\t", LoadEnd::Complete, false}}) {
-        SetOption("Xbins Auto NFO", option);
+        SetOption(AutoNfoOption(), option);
         Receive(modXBINS, "<item><title>" + link + "</title><link>" + link + "</link></item>");
         Show(modXBINS);
         Answer();

@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 
 TEST_F(PagesWindowTest, NothingInAFeedActsOrReachesAnythingLocalOnAnyPage)
 {
-    SetOption("Xbins Auto NFO", 1);
+    SetOption(AutoNfoOption(), 1);
     const fs::path local = folder_.Path() / "local";
     fs::create_directory(local);
     std::ofstream(local / "secret.gif") << "GIF89a";
@@ -140,7 +140,7 @@ TEST_F(PagesWindowTest, APageWhoseEngineDiedIsShownAgainOnce)
 TEST_F(PagesWindowTest, NoPageFollowedToCanHoldTheBrowser)
 {
     Receive(modVANTRO, "<item><title>A</title></item>");
-    SetOption("Xbins Auto NFO", 1);
+    SetOption(AutoNfoOption(), 1);
     server_.Serve("/asks", Html("<script>onbeforeunload=()=>'Stay?'</script>"));
     server_.Serve("/hangs", Html("<script>setTimeout(()=>{for(;;);},50)</script>"));
     server_.Serve("/never", "", HttpServer::Then::Stall);

@@ -62,8 +62,8 @@ TEST_F(RefreshCycleTest, BringsEverySiteTheFeedOfItsOwnHost)
 
 TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
 {
-    SetOption("Check Interval", 1);
-    SetOption("Check Interval Minutes", 5);
+    SetOption(kCheckInterval.name, 1);
+    SetOption(kCheckIntervalMinutes.name, 5);
     cycle_->StartRefreshTimer();
     EXPECT_EQ(timer_.interval_, std::chrono::minutes(1));
     for (int round = 0; round < 2; ++round) {
@@ -76,11 +76,11 @@ TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)
     }
     Tick();
     Tick();
-    SetOption("Check Interval Minutes", 1);
+    SetOption(kCheckIntervalMinutes.name, 1);
     Tick();
     EXPECT_EQ(boxes_.size(), StripCount()) << "a lowered interval counts from the next tick on";
     EXPECT_EQ(said_, Titles{}) << "where no file came nothing is merged";
-    SetOption("Check Interval Minutes", 3);
+    SetOption(kCheckIntervalMinutes.name, 3);
     Tick();
     cycle_->StartRefreshTimer();
     EXPECT_EQ(Tick(), "Checking for new items in 3 minutes") << "arming counts anew";
@@ -93,12 +93,12 @@ TEST_F(RefreshCycleTest, ArmsTheTimerOnlyWhenBothSettingsAskForIt)
     for (const auto& [interval, minutes, armed] :
         {std::tuple{0, 5, false}, {1, 0, false}, {1, -3, false}, {2, 5, false}, {1, 5, true}}) {
         timer_.Disable();
-        SetOption("Check Interval", interval);
-        SetOption("Check Interval Minutes", minutes);
+        SetOption(kCheckInterval.name, interval);
+        SetOption(kCheckIntervalMinutes.name, minutes);
         cycle_->StartRefreshTimer();
         EXPECT_EQ(timer_.interval_.count() > 0, armed) << interval << " " << minutes;
     }
-    SetOption("Check Interval", 0);
+    SetOption(kCheckInterval.name, 0);
     cycle_->StartFeedDownloads();
     EXPECT_GT(timer_.interval_.count(), 0) << "arming never stops a timer that runs";
 }

@@ -5,7 +5,6 @@
 #include "platform/Files.h"
 
 #include <algorithm>
-#include <array>
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
@@ -73,8 +72,8 @@ std::vector<std::string> TakeItems(std::string_view& rest)
 std::string InventedDate(std::int64_t number)
 {
     using namespace std::chrono;
-    static constexpr std::array<const char*, 12> kMonths{"January", "February", "March", "April", "May",
-        "June", "July", "August", "September", "October", "November", "December"};
+    static constexpr const char* kMonths[] = {"January", "February", "March", "April", "May", "June", "July",
+        "August", "September", "October", "November", "December"};
     constexpr sys_days kFirst = 2004y / March / 15d;
     constexpr std::int64_t kTenYears = 3650; // then the dates begin again: a year stays four digits long
     const year_month_day date{kFirst + days{number % kTenYears}};

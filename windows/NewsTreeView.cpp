@@ -7,6 +7,7 @@
 #include "windows/Icons.h"
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <wx/menu.h>
 #include <wx/utils.h>
@@ -50,11 +51,7 @@ private:
 
 class NewsTreeView::Model final : public wxDataViewModel {
 public:
-    explicit Model(const NewsTree& tree) : tree_(tree)
-    {
-        for (std::size_t i = 0; i < icons_.size(); ++i)
-            icons_[i] = LoadIcon(ImageKey(static_cast<TreeImage>(i)));
-    }
+    explicit Model(const NewsTree& tree) : tree_(tree) { }
 
     [[nodiscard]] unsigned int GetColumnCount() const override { return 1; }
     [[nodiscard]] wxString GetColumnType(unsigned int /*column*/) const override
@@ -65,8 +62,8 @@ public:
     void GetValue(wxVariant& value, const wxDataViewItem& item, unsigned int /*column*/) const override
     {
         const NewsNode* node = NodeOf(item);
-        value << wxDataViewIconText(wxString::FromUTF8(OneLine(node->Text(), kLongestText)),
-            icons_[static_cast<std::size_t>(node->Image())]);
+        value << wxDataViewIconText(
+            wxString::FromUTF8(OneLine(node->Text(), kLongestText)), Icon(node->Image()));
     }
 
     bool SetValue(
@@ -107,8 +104,16 @@ public:
     }
 
 private:
+    const wxBitmapBundle& Icon(TreeImage image) const
+    {
+        const auto [entry, isNew] = icons_.try_emplace(image);
+        if (isNew)
+            entry->second = LoadIcon(ImageKey(image));
+        return entry->second;
+    }
+
     const NewsTree& tree_;
-    std::array<wxBitmapBundle, 6> icons_; // by TreeImage
+    mutable std::map<TreeImage, wxBitmapBundle> icons_; // each from its first use on
 };
 
 NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks)

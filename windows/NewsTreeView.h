@@ -4,7 +4,6 @@
 #include "shell/TreeClicks.h"
 #include "toolkit/NativeList.h"
 
-#include <array>
 #include <optional>
 #include <string>
 #include <wx/bmpbndl.h>

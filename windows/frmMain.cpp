@@ -6,6 +6,7 @@
 #include "feeds/InformationPages.h"
 #include "feeds/ReadMarks.h"
 #include "feeds/SiteOperations.h"
+#include "settings/Options.h"
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
 #include "toolkit/ModalInput.h"
@@ -177,7 +178,7 @@ void frmMain::LoadPages()
     LoadStoredItems(Services());
     web_->SetSilent(true);
     Update(); // the window paints before the network starts
-    if (runtime_.registry.ReadRegValue(RegRoot, RegPath, "Check At Startup") == 1)
+    if (IsOn(runtime_.registry, kCheckAtStartup))
         refresh_->StartFeedDownloads();
     RefreshAllSiteCounts(Services());
     refresh_->StartRefreshTimer();

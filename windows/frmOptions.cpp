@@ -1,6 +1,8 @@
 #include "windows/frmOptions.h"
 
+#include "feeds/Sites.h"
 #include "settings/MinutesText.h"
+#include "settings/Options.h"
 #include "settings/modRegistry.h"
 #include "toolkit/Screen.h"
 #include "windows/modFrmCtrl.h"
@@ -8,7 +10,6 @@
 #include <algorithm>
 #include <string_view>
 #include <utility>
-#include <vector>
 #include <wx/checkbox.h>
 #include <wx/statbox.h>
 #include <wx/textctrl.h>
@@ -19,51 +20,29 @@ namespace {
 
 constexpr std::string_view kFormName = "frmOptions";
 constexpr const char* kSettings = "The settings"; // that could not be stored
-constexpr std::string_view kMinutesValue = "Check Interval Minutes";
-constexpr Rectangle kClientArea{0, 0, 4590, 4320};
 
 // Twips.
-struct FrameRow {
-    const char* name;
-    const char* caption;
-    Rectangle place;
-};
-constexpr std::array<FrameRow, 4> kFrames{{
-    {"Frame1", "General", {120, 120, 4335, 1215}},
-    {"Frame3", "Xbins", {120, 1440, 4335, 855}},
-    {"Frame4", "Xbox-Scene", {120, 2400, 4335, 855}},
-    {"Frame5", "Max Console", {120, 3360, 4335, 735}},
-}};
-
-struct CheckBoxRow {
-    const char* name;
-    const char* caption;
-    std::string_view value;
-    std::size_t frame;
-    Rectangle place; // in its frame
-};
-constexpr std::size_t kNewAtStartup = 1;
-constexpr std::size_t kCheckInterval = 2;
-constexpr std::array<CheckBoxRow, 7> kCheckBoxes{{
-    {"chkAutoExpandNew", "Auto expand sites with New items", "Auto Expand New", 0, {240, 240, 2775, 255}},
-    {"chkNewAtStartup", "Check for new items at start up", "Check At Startup", 0, {240, 480, 2535, 255}},
-    {"chkCheckInterval", "Check for new items every                minutes", "Check Interval", 0,
-        {240, 720, 3495, 315}},
-    {"chkXbinsAutoNFO", "Auto display NFO link", "Xbins Auto NFO", 1, {240, 240, 1815, 255}},
-    {"chkXbinsExternalPage", "Open author/product homepage in external browser", "Xbins External Page", 1,
-        {240, 480, 3975, 255}},
-    {"chkXboxSceneExternalPage", "Open news in external browser", "XboxScene External", 2,
-        {240, 240, 2535, 255}},
-    {"chkMaxConsoleExternalPage", "Open news in external browser", "Max Console External", 3,
-        {240, 240, 2535, 255}},
-}};
+constexpr std::int32_t kWidth = 4590;
+constexpr std::int32_t kMargin = 120; // above the frames, to their left and below them
+constexpr std::int32_t kFrameWidth = 4335;
+constexpr std::int32_t kBetweenFrames = 105;
+constexpr std::int32_t kBelowBoxes = 120; // at least, inside a frame
 constexpr std::int32_t kRowPitch = 240; // from one check box to the next
+
 constexpr int kAroundMinutes = 5; // pixels above and below the digits in their box
 constexpr int kAfterCaption = 4; // pixels that GTK's check box leaves to the right of its caption
 
 void MakeRoom(double& twipsPerPixel, std::int32_t place, int pixels)
 {
     twipsPerPixel = std::min(twipsPerPixel, double{1} * place / pixels);
+}
+
+std::int32_t HeightOf(const OptionFrame& frame)
+{
+    std::int32_t height = frame.height;
+    for (const Option& option : frame.options)
+        height = std::max(height, option.place.top + option.place.height + kBelowBoxes);
+    return height;
 }
 
 wxRect InPixels(const Rectangle& place, TwipsPerPixel scale)
@@ -83,33 +62,52 @@ frmOptions::frmOptions(wxWindow* parent, modRegistry& registry, std::function<vo
       stopRefreshTimer_(std::move(stopRefreshTimer)),
       say_(std::move(say))
 {
-    AddControls();
+    AddFrame("General", kGeneralFrame);
+    for (const Site* site : Sites()) {
+        if (!site->optionFrame.options.empty())
+            AddFrame(
+                wxString::FromUTF8(site->displayName.data(), site->displayName.size()), site->optionFrame);
+    }
     LayOut();
     RestoreWindowPosition({*this, kFormName, registry_});
     Store(kSettings, [this] { Fill(); });
-    for (std::size_t index = 0; index < checkBoxes_.size(); ++index)
-        checkBoxes_[index]->Bind(wxEVT_CHECKBOX,
-            [this, index](wxCommandEvent&) { Store(kSettings, [this, index] { CheckBox_Click(index); }); });
-    txtCheckInterval_->Bind(
-        wxEVT_TEXT, [this](wxCommandEvent&) { Store(kSettings, [this] { txtCheckInterval_Change(); }); });
-    Bind(wxEVT_CLOSE_WINDOW, &frmOptions::OnClose, this);
-    Bind(wxEVT_CHAR_HOOK, &frmOptions::OnKey, this);
-    checkBoxes_.front()->SetFocus();
+    BindEvents();
+    MoveFocus(true);
 }
 
-void frmOptions::AddControls()
+void frmOptions::AddFrame(const wxString& caption, const OptionFrame& row)
 {
-    for (std::size_t index = 0; index < kFrames.size(); ++index)
-        frames_[index] = new wxStaticBox(
-            this, wxID_ANY, kFrames[index].caption, wxDefaultPosition, wxDefaultSize, 0, kFrames[index].name);
-    for (std::size_t index = 0; index < kCheckBoxes.size(); ++index) {
-        const CheckBoxRow& row = kCheckBoxes[index];
-        checkBoxes_[index] = new wxCheckBox(frames_[row.frame], wxID_ANY, row.caption, wxDefaultPosition,
-            wxDefaultSize, 0, wxDefaultValidator, row.name);
+    auto* frame = new wxStaticBox(this, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, 0, row.control);
+    frames_.push_back({&row, frame});
+    for (const Option& option : row.options) {
+        switch (option.kind) {
+        case OptionKind::OnOff:
+            checkBoxes_.push_back({&option, frame,
+                new wxCheckBox(frame, wxID_ANY, option.caption, wxDefaultPosition, wxDefaultSize, 0,
+                    wxDefaultValidator, option.control)});
+            break;
+        case OptionKind::Minutes:
+            // Made after the check box whose caption it covers, and so above it.
+            checkBoxes_.back().minutesOption = &option;
+            checkBoxes_.back().minutes = new wxTextCtrl(
+                frame, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0, wxDefaultValidator, option.control);
+            break;
+        }
     }
-    // Made after the check box whose caption it covers, and so above it.
-    txtCheckInterval_ = new wxTextCtrl(frames_[kCheckBoxes[kCheckInterval].frame], wxID_ANY, "",
-        wxDefaultPosition, wxDefaultSize, 0, wxDefaultValidator, "txtCheckInterval");
+}
+
+void frmOptions::BindEvents()
+{
+    for (const CheckBox& row : checkBoxes_) {
+        row.box->Bind(wxEVT_CHECKBOX,
+            [this, &row](wxCommandEvent&) { Store(kSettings, [this, &row] { CheckBox_Click(row); }); });
+        if (row.minutes != nullptr)
+            row.minutes->Bind(wxEVT_TEXT, [this, &row](wxCommandEvent&) {
+                Store(kSettings, [this, &row] { MinutesBox_Change(row); });
+            });
+    }
+    Bind(wxEVT_CLOSE_WINDOW, &frmOptions::OnClose, this);
+    Bind(wxEVT_CHAR_HOOK, &frmOptions::OnKey, this);
 }
 
 // That of the screen, enlarged in each direction until every text fits its place: texts are larger under GTK
@@ -117,75 +115,80 @@ void frmOptions::AddControls()
 TwipsPerPixel frmOptions::ScaleForText() const
 {
     TwipsPerPixel scale = ScreenTwipsPerPixel();
-    for (std::size_t index = 0; index < kCheckBoxes.size(); ++index) {
-        const wxSize best = checkBoxes_[index]->GetBestSize();
-        MakeRoom(scale.horizontal, kCheckBoxes[index].place.width, best.x);
+    for (const CheckBox& row : checkBoxes_) {
+        const Rectangle& place = row.option->place;
+        const wxSize best = row.box->GetBestSize();
+        MakeRoom(scale.horizontal, place.width, best.x);
         MakeRoom(scale.vertical, kRowPitch, best.y);
+        if (row.minutes != nullptr)
+            MakeRoom(scale.vertical, place.height, row.minutes->GetCharHeight() + 2 * kAroundMinutes);
     }
-    MakeRoom(scale.vertical, kCheckBoxes[kCheckInterval].place.height,
-        txtCheckInterval_->GetCharHeight() + 2 * kAroundMinutes);
     return scale;
 }
 
 void frmOptions::LayOut()
 {
     const TwipsPerPixel scale = ScaleForText();
-    SetClientSize(InPixels(kClientArea, scale).GetSize());
-    for (std::size_t index = 0; index < kFrames.size(); ++index)
-        frames_[index]->SetSize(InPixels(kFrames[index].place, scale));
-    for (std::size_t index = 0; index < kCheckBoxes.size(); ++index) {
-        Rectangle place = kCheckBoxes[index].place;
-        if (index != kCheckInterval)
+    std::int32_t top = kMargin;
+    for (const Frame& frame : frames_) {
+        const std::int32_t height = HeightOf(*frame.row);
+        frame.box->SetSize(InPixels({kMargin, top, kFrameWidth, height}, scale));
+        top += height + kBetweenFrames;
+    }
+    SetClientSize(InPixels({0, 0, kWidth, top + kMargin}, scale).GetSize());
+    for (const CheckBox& row : checkBoxes_) {
+        Rectangle place = row.option->place;
+        if (row.minutes == nullptr)
             place.height = kRowPitch;
         wxRect pixels = InPixels(place, scale);
         int caption = 0, border = 0;
-        frames_[kCheckBoxes[index].frame]->GetBordersForSizer(&caption, &border);
+        row.frame->GetBordersForSizer(&caption, &border);
         pixels.Offset(-border, -caption);
-        checkBoxes_[index]->SetSize(pixels);
+        row.box->SetSize(pixels);
+        if (row.minutes != nullptr)
+            PlaceMinutesBox(row);
     }
-    PlaceMinutesBox();
 }
 
-void frmOptions::PlaceMinutesBox()
+void frmOptions::PlaceMinutesBox(const CheckBox& row)
 {
-    const wxCheckBox* box = checkBoxes_[kCheckInterval];
-    const wxString caption = box->GetLabelText();
+    const wxString caption = row.box->GetLabelText();
     const auto blanks = caption.find("  ");
     const auto minutes = caption.find_last_of(' ');
-    const int captionLeft = box->GetBestSize().x - kAfterCaption - box->GetTextExtent(caption).x;
+    const int captionLeft = row.box->GetBestSize().x - kAfterCaption - row.box->GetTextExtent(caption).x;
     // One blank stays free at either side.
-    const int left = captionLeft + box->GetTextExtent(caption.substr(0, blanks + 1)).x;
-    const int right = captionLeft + box->GetTextExtent(caption.substr(0, minutes)).x;
-    const int height = txtCheckInterval_->GetCharHeight() + 2 * kAroundMinutes;
-    const wxRect row = box->GetRect();
-    txtCheckInterval_->SetSize(row.x + left, row.y + (row.height - height) / 2, right - left, height);
+    const int left = captionLeft + row.box->GetTextExtent(caption.substr(0, blanks + 1)).x;
+    const int right = captionLeft + row.box->GetTextExtent(caption.substr(0, minutes)).x;
+    const int height = row.minutes->GetCharHeight() + 2 * kAroundMinutes;
+    const wxRect box = row.box->GetRect();
+    row.minutes->SetSize(box.x + left, box.y + (box.height - height) / 2, right - left, height);
 }
 
 void frmOptions::Fill()
 {
-    for (std::size_t index = 0; index < checkBoxes_.size(); ++index) {
-        FillCheckBox(index);
-        if (index == kCheckInterval)
-            FillMinutesBox();
+    for (const CheckBox& row : checkBoxes_) {
+        FillCheckBox(row);
+        if (row.minutes != nullptr)
+            FillMinutesBox(row);
     }
 }
 
-void frmOptions::FillCheckBox(std::size_t index)
+void frmOptions::FillCheckBox(const CheckBox& row)
 {
-    const bool checked = registry_.ReadRegValue(RegRoot, RegPath, kCheckBoxes[index].value) == 1;
-    checkBoxes_[index]->SetValue(checked);
+    const bool checked = IsOn(registry_, *row.option);
+    row.box->SetValue(checked);
     if (checked)
-        CheckBox_Click(index);
-    else if (index == kCheckInterval)
-        txtCheckInterval_->Disable();
+        CheckBox_Click(row);
+    else if (row.minutes != nullptr)
+        row.minutes->Disable();
 }
 
-void frmOptions::FillMinutesBox()
+void frmOptions::FillMinutesBox(const CheckBox& row)
 {
-    const RegValue minutes = registry_.ReadRegValue(RegRoot, RegPath, kMinutesValue);
-    txtCheckInterval_->ChangeValue(wxString::FromUTF8(minutes.ToText()));
+    const RegValue minutes = ReadOption(registry_, *row.minutesOption);
+    row.minutes->ChangeValue(wxString::FromUTF8(minutes.ToText()));
     if (!minutes.IsEmpty())
-        txtCheckInterval_Change();
+        MinutesBox_Change(row);
 }
 
 void frmOptions::Store(const char* what, const std::function<void()>& writes)
@@ -194,23 +197,23 @@ void frmOptions::Store(const char* what, const std::function<void()>& writes)
         say_(std::string(what) + " could not be stored: " + *failure);
 }
 
-void frmOptions::CheckBox_Click(std::size_t index)
+void frmOptions::CheckBox_Click(const CheckBox& row)
 {
-    const bool checked = checkBoxes_[index]->GetValue();
-    registry_.WriteRegValue(RegRoot, RegPath, kCheckBoxes[index].value, checked ? 1 : 0, RegType::Dword);
-    if (index != kCheckInterval)
+    const bool checked = row.box->GetValue();
+    StoreOption(registry_, *row.option, checked ? 1 : 0);
+    if (row.minutes != nullptr)
+        row.minutes->Enable(checked);
+    if (row.option->name != kCheckInterval.name)
         return;
-    txtCheckInterval_->Enable(checked);
     if (checked)
         startRefreshTimer_();
     else
         stopRefreshTimer_();
 }
 
-void frmOptions::txtCheckInterval_Change()
+void frmOptions::MinutesBox_Change(const CheckBox& row)
 {
-    registry_.WriteRegValue(RegRoot, RegPath, kMinutesValue,
-        MinutesFromText(txtCheckInterval_->GetValue().utf8_string()), RegType::Dword);
+    StoreOption(registry_, *row.minutesOption, MinutesFromText(row.minutes->GetValue().utf8_string()));
 }
 
 void frmOptions::OnClose(wxCloseEvent&)
@@ -229,23 +232,25 @@ void frmOptions::OnKey(wxKeyEvent& event)
         event.Skip();
 }
 
-// The toolkit would go through each frame from top to bottom; here "Check for new items at start up" comes
-// last.
+// The toolkit would go through each frame from top to bottom; the options have an order of their own.
 void frmOptions::MoveFocus(bool forward)
 {
-    std::vector<wxWindow*> order;
-    for (std::size_t index = 0; index < checkBoxes_.size(); ++index) {
-        if (index != kNewAtStartup)
-            order.push_back(checkBoxes_[index]);
-        if (index == kCheckInterval && txtCheckInterval_->IsEnabled())
-            order.push_back(txtCheckInterval_);
+    struct Stop {
+        int tabOrder;
+        wxWindow* window;
+    };
+    std::vector<Stop> stops;
+    for (const CheckBox& row : checkBoxes_) {
+        stops.push_back({row.option->tabOrder, row.box});
+        if (row.minutes != nullptr && row.minutes->IsEnabled())
+            stops.push_back({row.minutesOption->tabOrder, row.minutes});
     }
-    order.push_back(checkBoxes_[kNewAtStartup]);
+    std::ranges::stable_sort(stops, {}, &Stop::tabOrder);
     if (!forward)
-        std::ranges::reverse(order);
-    const auto focused = std::ranges::find(order, FindFocus());
-    const auto next = focused == order.end() || focused + 1 == order.end() ? order.begin() : focused + 1;
-    (*next)->SetFocus();
+        std::ranges::reverse(stops);
+    const auto focused = std::ranges::find(stops, FindFocus(), &Stop::window);
+    const auto next = focused == stops.end() || focused + 1 == stops.end() ? stops.begin() : focused + 1;
+    next->window->SetFocus();
 }
 
 } // namespace vantro

@@ -2,10 +2,9 @@
 
 #include "base/Twips.h"
 
-#include <array>
-#include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 #include <wx/dialog.h>
 
 class wxCheckBox;
@@ -15,10 +14,13 @@ class wxTextCtrl;
 namespace vantro {
 
 class modRegistry;
+struct Option;
+struct OptionFrame;
 
-// The options dialog, modeless. Every change is stored the moment it is made. Closing it (Escape does, too)
-// saves its position under "frmOptions" and destroys it; the window that owns it is to Close() it before its
-// own end.
+// The options dialog, modeless: a frame for the general options and one for each site that has any, one below
+// the other, as high as they are together. Every change is stored the moment it is made. Closing it (Escape
+// does, too) saves its position under "frmOptions" and destroys it; the window that owns it is to Close() it
+// before its own end.
 class frmOptions final : public wxDialog {
 public:
     // Places and fills itself, which writes set boxes and a number of minutes back and runs
@@ -28,16 +30,30 @@ public:
         std::function<void()> stopRefreshTimer, std::function<void(const std::string&)> say);
 
 private:
-    void AddControls();
+    // The windows are owned by the toolkit.
+    struct Frame {
+        const OptionFrame* row;
+        wxStaticBox* box;
+    };
+    struct CheckBox {
+        const Option* option;
+        wxStaticBox* frame;
+        wxCheckBox* box;
+        const Option* minutesOption = nullptr; // null, as is the next, unless minutes stand in the caption
+        wxTextCtrl* minutes = nullptr;
+    };
+
+    void AddFrame(const wxString& caption, const OptionFrame& row);
+    void BindEvents();
     [[nodiscard]] TwipsPerPixel ScaleForText() const;
     void LayOut();
-    void PlaceMinutesBox();
+    void PlaceMinutesBox(const CheckBox& row);
     void Fill();
-    void FillCheckBox(std::size_t index);
-    void FillMinutesBox();
+    void FillCheckBox(const CheckBox& row);
+    void FillMinutesBox(const CheckBox& row);
     void Store(const char* what, const std::function<void()>& writes);
-    void CheckBox_Click(std::size_t index);
-    void txtCheckInterval_Change();
+    void CheckBox_Click(const CheckBox& row);
+    void MinutesBox_Change(const CheckBox& row);
     void OnClose(wxCloseEvent& event);
     void OnKey(wxKeyEvent& event);
     void MoveFocus(bool forward);
@@ -46,9 +62,8 @@ private:
     std::function<void()> startRefreshTimer_;
     std::function<void()> stopRefreshTimer_;
     std::function<void(const std::string&)> say_;
-    std::array<wxStaticBox*, 4> frames_{}; // the windows below are owned by the toolkit
-    std::array<wxCheckBox*, 7> checkBoxes_{};
-    wxTextCtrl* txtCheckInterval_ = nullptr;
+    std::vector<Frame> frames_;
+    std::vector<CheckBox> checkBoxes_; // of all frames, in the order in which they are filled
 };
 
 } // namespace vantro

@@ -9,7 +9,7 @@ import time
 from pathlib import Path
 
 from . import feedserver
-from .reader import UNREAD, Reader
+from .reader import CHECK_AT_STARTUP, UNREAD, Reader
 from .xwindows import Place, Screen
 
 PING_EVERY = 0.05  # seconds
@@ -254,7 +254,7 @@ def run(seconds, seed):
     home.mkdir()
     feeds = Feeds(seed)
     stored = {site: [(f"Story {number}", UNREAD) for number in range(30)] for site in SITES}
-    program = Reader(home, feeds.server.address, {"Check At Startup": 1}, stored)
+    program = Reader(home, feeds.server.address, CHECK_AT_STARTUP, stored)
     _lay_a_browser(home)
     print(f"seed {seed}, {seconds:.0f} s", flush=True)
     program.start()

@@ -8,7 +8,7 @@ import time
 from pathlib import Path
 
 from . import feedserver
-from .reader import READ, UNREAD, Reader, Store
+from .reader import CHECK_AT_STARTUP, READ, UNREAD, Reader, Store
 from .xwindows import Screen
 
 LATEST = 2.0  # seconds after the start at which the program is closed
@@ -49,7 +49,7 @@ class Closing:
         self._manners = {path: self._manner() for path in feedserver.PATHS.values()}
         if self._phase == "message box":
             self._manners[feedserver.PATHS["XBINS"]] = feedserver.not_found
-        self._reader = Reader(home, self._server.address, {"Check At Startup": 1, **STORED_PLACE}, lists)
+        self._reader = Reader(home, self._server.address, {**CHECK_AT_STARTUP, **STORED_PLACE}, lists)
 
     def run(self):
         """What went wrong, in one line; None when nothing did."""

@@ -16,6 +16,7 @@ _TABLES = """
     PRAGMA application_id = 1449225844;
     PRAGMA user_version = 1;
 """
+CHECK_AT_STARTUP = {"Check At Startup": 1}  # settings
 UNREAD, READ = "<UNREAD>", "<READ>"
 
 

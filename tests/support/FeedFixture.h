@@ -2,6 +2,7 @@
 
 #include "feeds/ItemStore.h"
 #include "feeds/SiteOperations.h"
+#include "feeds/Sites.h"
 #include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
@@ -61,6 +62,9 @@ protected:
     {
         registry_->WriteRegValue(RegRoot, RegPath, name, value, RegType::Dword);
     }
+    // Told apart by their places in the site's frame, and so not by what its page makes of them.
+    static std::string_view AutoNfoOption() { return modXBINS.optionFrame.options.front().name; }
+    static std::string_view ExternalOption(const Site& site) { return site.optionFrame.options.back().name; }
     FeedServices Services()
     {
         return {*registry_, *tree_, [] {}, [this](const auto& text) { said_.push_back(text); }};
