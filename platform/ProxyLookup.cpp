@@ -10,8 +10,16 @@ namespace {
 
 constexpr int kMostUnderWay = 16; // more are never needed: the others hang, and so would the next
 
+template <auto Free>
+struct Freed {
+    template <class T>
+    void operator()(T* object) const
+    {
+        Free(object);
+    }
+};
 template <class T, auto Free>
-using Owned = std::unique_ptr<T, decltype([](T* object) { Free(object); })>;
+using Owned = std::unique_ptr<T, Freed<Free>>;
 
 struct Question {
     std::shared_ptr<const ProxyResolver> resolver;

@@ -63,7 +63,7 @@ constexpr int kAfterCaption = 4; // pixels that GTK's check box leaves to the ri
 
 void MakeRoom(double& twipsPerPixel, std::int32_t place, int pixels)
 {
-    twipsPerPixel = std::min(twipsPerPixel, double{1} * place / pixels);
+    twipsPerPixel = std::min(twipsPerPixel, 1.0 * place / pixels);
 }
 
 wxRect InPixels(const Rectangle& place, TwipsPerPixel scale)

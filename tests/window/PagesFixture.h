@@ -62,10 +62,10 @@ protected:
     void Begin(const Site& site, int item = 1)
     {
         went_.clear();
+        shown_ = false;
         // The display before, which this one ends, reports as well.
         ShowItemPage(site, *display_, std::string(site.prefix) + std::to_string(item),
             [this, mine = ++begun_] { shown_ = mine == begun_; });
-        shown_ = false;
     }
     void Show(const Site& site, int item = 1)
     {
