@@ -22,7 +22,7 @@ constexpr float kFontScale = 0.9F; // the tree is narrow and its captions are lo
 wxDataViewItem ItemOf(const NewsNode* node)
 {
     return wxDataViewItem(const_cast<NewsNode*>(node));
-} // NOLINT: an id
+}
 NewsNode* NodeOf(const wxDataViewItem& item)
 {
     return static_cast<NewsNode*>(item.GetID());

@@ -108,7 +108,7 @@ void frmMain::MakeMenus()
 
 void frmMain::BindEvents()
 {
-    const auto on = [this](std::initializer_list<int> ids, std::function<void()> action) {
+    const auto on = [this](std::initializer_list<int> ids, const std::function<void()>& action) {
         for (const int id : ids)
             Bind(
                 wxEVT_MENU, [action](wxCommandEvent&) { action(); }, id);
