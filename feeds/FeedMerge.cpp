@@ -3,6 +3,7 @@
 #include "feeds/SiteOperations.h"
 #include "feeds/modXML.h"
 #include "platform/Files.h"
+#include "platform/RegistryStore.h"
 
 #include <optional>
 

@@ -2,7 +2,6 @@
 
 #include "feeds/ItemState.h"
 #include "feeds/Site.h"
-#include "settings/modRegistry.h"
 
 #include <cstdint>
 #include <string>
@@ -10,6 +9,8 @@
 #include <vector>
 
 namespace vantro {
+
+class modRegistry;
 
 // The fields of a feed item, in the order of the site's `taken`; an element that is missing is an empty text.
 struct FeedItem {

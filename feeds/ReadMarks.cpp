@@ -3,6 +3,7 @@
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "feeds/SiteOperations.h"
+#include "platform/RegistryStore.h"
 
 namespace vantro {
 

@@ -2,7 +2,6 @@
 
 #include "feeds/NewsTree.h"
 #include "feeds/Sites.h"
-#include "settings/modRegistry.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -13,6 +12,8 @@
 namespace vantro {
 
 class PageDisplay;
+class modRegistry;
+class RegistryStore;
 
 // What the site operations work on. Everything outlives them.
 struct FeedServices {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/RegType.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -10,9 +12,6 @@
 #include <vector>
 
 namespace vantro {
-
-// The types a value can have; the numbers stand in the file.
-enum class RegType : std::int32_t { Sz = 1, Dword = 4 };
 
 struct StoreOptions {
     int max_pages
@@ -33,7 +32,7 @@ struct StoreOptions {
 // until one succeeds.
 class RegistryStore {
 public:
-    using KeyId = std::int64_t; // good until its key is deleted or its creation undone; 0 names no key
+    using KeyId = RegKeyId;
     struct StoredValue {
         std::int32_t type = 0; // RegType, or whatever stands in the file
         std::variant<std::int64_t, std::string> data;

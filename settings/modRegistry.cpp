@@ -1,5 +1,7 @@
 #include "settings/modRegistry.h"
 
+#include "platform/RegistryStore.h"
+
 #include <algorithm>
 #include <charconv>
 #include <limits>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/RegistryStore.h"
+#include "platform/RegType.h"
 
 #include <cstdint>
 #include <functional>
@@ -12,6 +12,8 @@
 #include <vector>
 
 namespace vantro {
+
+class RegistryStore;
 
 // Predefined root keys, with the numbers the registry gives them.
 enum class RootKey : std::uint32_t { LocalMachine = 0x80000002 };
@@ -76,9 +78,8 @@ public:
     // and the registry's number otherwise: 2 for a read that finds no value, 5 for a write that failed. A
     // read of a value that is neither text nor number returns -1. `value` is Empty unless a number or a text
     // that is not empty was read. A write of any other type than RegType's does nothing and returns 0.
-    int SetValueData(
-        RegistryStore::KeyId openKey, std::string_view valueName, RegType valueType, const RegValue& value);
-    int QueryValueData(RegistryStore::KeyId openKey, std::string_view valueName, RegValue& value);
+    int SetValueData(RegKeyId openKey, std::string_view valueName, RegType valueType, const RegValue& value);
+    int QueryValueData(RegKeyId openKey, std::string_view valueName, RegValue& value);
 
 private:
     RegistryStore& store_;

@@ -1,6 +1,7 @@
 #include "shell/StartUp.h"
 
 #include "feeds/SiteOperations.h"
+#include "platform/RegistryStore.h"
 
 namespace vantro {
 

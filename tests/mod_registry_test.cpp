@@ -1,3 +1,4 @@
+#include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
 #include <gtest/gtest.h>

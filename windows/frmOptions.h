@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Twips.h"
-#include "settings/modRegistry.h"
 
 #include <array>
 #include <cstddef>
@@ -14,6 +13,8 @@ class wxStaticBox;
 class wxTextCtrl;
 
 namespace vantro {
+
+class modRegistry;
 
 // The options dialog, modeless. Every change is stored the moment it is made. Closing it (Escape does, too)
 // saves its position under "frmOptions" and destroys it; the window that owns it is to Close() it before its

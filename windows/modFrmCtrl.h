@@ -1,6 +1,5 @@
 #pragma once
 
-#include "settings/modRegistry.h"
 #include "shell/WindowPlacement.h"
 
 #include <cstdint>
@@ -11,6 +10,8 @@ class wxTopLevelWindow;
 class wxWindow;
 
 namespace vantro {
+
+class modRegistry;
 
 // A window whose place is kept under its name: "frmMain" has the values "frmMainTop", "frmMainLeft",
 // "frmMainWidth" and "frmMainHeight" directly under the program's key, in twips. Top and left are those of

@@ -2,6 +2,7 @@
 
 #include "feeds/ItemStore.h"
 #include "feeds/SiteOperations.h"
+#include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
 #include <filesystem>
