@@ -4,6 +4,7 @@
 #include "platform/ReplaceFile.h"
 
 #include <utility>
+#include <variant>
 
 namespace vantro {
 

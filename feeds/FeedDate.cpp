@@ -3,6 +3,7 @@
 #include "feeds/DateGrammar.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <unicode/dtfmtsym.h>

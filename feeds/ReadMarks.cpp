@@ -5,6 +5,8 @@
 #include "feeds/SiteOperations.h"
 #include "platform/RegistryStore.h"
 
+#include <utility>
+
 namespace vantro {
 
 namespace {

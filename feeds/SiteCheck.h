@@ -1,8 +1,10 @@
 #pragma once
 
+#include "feeds/PageRecipe.h"
 #include "feeds/Site.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace vantro {
 

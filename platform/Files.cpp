@@ -4,6 +4,7 @@
 #include "base/TextCoding.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <sys/stat.h>

@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <new>
 #include <optional>
+#include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace vantro {

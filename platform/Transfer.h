@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/AsyncRead.h"
+#include "platform/ProxyLookup.h"
 #include "web/HttpAnswer.h"
 
 #include <chrono>
+#include <cstddef>
 #include <curl/curl.h>
 #include <functional>
 #include <memory>

@@ -4,6 +4,8 @@
 #include "platform/Files.h"
 #include "settings/modRegistry.h"
 
+#include <utility>
+
 namespace vantro {
 
 namespace {

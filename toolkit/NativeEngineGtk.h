@@ -2,6 +2,9 @@
 
 #include "toolkit/NativeWebView.h"
 
+#include <functional>
+#include <optional>
+#include <string>
 #include <webkit2/webkit2.h>
 
 namespace vantro {

@@ -7,7 +7,10 @@
 #include "windows/Icons.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <memory>
 #include <string>
+#include <vector>
 #include <wx/menu.h>
 #include <wx/utils.h>
 #include <wx/weakref.h>

@@ -5,6 +5,7 @@
 #include "toolkit/NativeList.h"
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <wx/bmpbndl.h>

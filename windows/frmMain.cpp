@@ -12,7 +12,11 @@
 #include "windows/Icons.h"
 #include "windows/bkDLControl.h"
 
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <wx/app.h>
 #include <wx/menu.h>
 #include <wx/panel.h>

@@ -6,6 +6,7 @@
 #include "windows/modFrmCtrl.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 #include <vector>

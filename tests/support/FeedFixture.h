@@ -1,12 +1,16 @@
 #pragma once
 
 #include "feeds/ItemStore.h"
+#include "feeds/NewsTree.h"
+#include "feeds/Site.h"
 #include "feeds/SiteOperations.h"
+#include "platform/RegType.h"
 #include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -1,12 +1,18 @@
 #pragma once
 
 #include "feeds/PageDisplay.h"
+#include "feeds/Site.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
 #include "tests/window/WindowTest.h"
 #include "toolkit/Browser.h"
 
+#include <chrono>
+#include <filesystem>
 #include <gtk/gtk.h>
+#include <memory>
+#include <optional>
+#include <string>
 #include <webkit2/webkit2.h>
 #include <wx/frame.h>
 #include <wx/sizer.h>
