@@ -4,6 +4,7 @@
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -28,6 +29,12 @@ fs::path TemporaryFolder::Write(std::string_view name, std::string_view bytes) c
 {
     std::ofstream(path_ / name, std::ios::binary) << bytes;
     return path_ / name;
+}
+
+std::size_t StripCount()
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(Sites(), [](const Site* site) { return site->strip.has_value(); }));
 }
 
 void FeedFixture::Restart(const StoreOptions& options)

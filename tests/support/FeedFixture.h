@@ -8,6 +8,7 @@
 #include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
@@ -33,6 +34,9 @@ private:
 };
 
 using Titles = std::vector<std::string>;
+
+// How many sites have a download strip.
+[[nodiscard]] std::size_t StripCount();
 
 // A store on disk, the tree with its roots, and the site operations, told in the words of the feeds.
 class FeedFixture : public ::testing::Test {
