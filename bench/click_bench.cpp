@@ -5,6 +5,7 @@
 #include "feeds/ItemTag.h"
 #include "feeds/PageDisplay.h"
 #include "feeds/SiteOperations.h"
+#include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 #include "toolkit/Browser.h"
 

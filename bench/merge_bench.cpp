@@ -2,6 +2,7 @@
 
 #include "bench/BenchFeed.h"
 #include "feeds/SiteOperations.h"
+#include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
 #include <algorithm>
