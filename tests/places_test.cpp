@@ -71,7 +71,8 @@ TEST(Sites, ShareNoKeyHaveTheHostOfTheirOwnAndNumberTheirStripsInTheOrderOfTheLi
 {
     const TemporaryFolder temporary;
     std::set<std::string_view> keys;
-    for (int strips = 0; const Site* site : Sites()) {
+    int strips = 0;
+    for (const Site* site : Sites()) {
         for (const auto key : {site->identifier, site->prefix, site->feedPath, site->page->shown})
             EXPECT_TRUE(keys.insert(key).second) << key;
         EXPECT_EQ(site->strip.value_or(strips), strips) << site->identifier;

@@ -2,6 +2,8 @@
 
 #include "base/EventPump.h"
 
+#include <functional>
+
 namespace vantro {
 
 // The event pump over the window library's event loop.
