@@ -142,9 +142,9 @@ TEST_F(PageDisplayTest, FillsTheTemplatesInTheOrderOfTheSteps)
             {modMAXCONSOLE, "", "<title>A</title><description><b>[TITLE] [DESCRIPTION]</b></description>",
                 "maxconsole-main.htm", {"<b>[TITLE] [DESCRIPTION]</b>"}},
             {modMAXCONSOLE, ExternalOption(modMAXCONSOLE), "<title>B</title><link>L</link>",
-                "maxconsole-title.htm", {"href=\"L\" target=\"_XboxSceneExternal1\""}},
+                "maxconsole-title.htm", {R"(href="L" target="_XboxSceneExternal1")"}},
             {modXBOXSCENE, ExternalOption(modXBOXSCENE), "<title>A</title><link>L</link>",
-                "xboxscene-title.htm", {"href=\"L\" target=\"_XboxSceneExternal1\""}},
+                "xboxscene-title.htm", {R"(href="L" target="_XboxSceneExternal1")"}},
             {modXBOXSCENE, ExternalOption(modMAXCONSOLE),
                 "<title>[LINK TEXT]|[LINK TARGET] xboxscene-logo.jpg</title><link>[TITLE]</link>",
                 "xboxscene-title.htm",
@@ -177,7 +177,7 @@ TEST_F(PageDisplayTest, SendsTheBottomFrameToTheNfoByItselfWhenToldTo)
              {1, "http://a.example/3.nfo", LoadEnd::Failed, false},
              {1, " \r\n\t", LoadEnd::Complete, false}}) {
         SetOption(AutoNfoOption(), option);
-        Receive(modXBINS, "<item><title>" + link + "</title><link>" + link + "</link></item>");
+        Receive(modXBINS, ReplaceAll("<item><title>{L}</title><link>{L}</link></item>", "{L}", link));
         Show(modXBINS);
         Answer();
         Answer(end);
