@@ -1,4 +1,4 @@
-#include "toolkit/NativeMenuGtk.h"
+#include "engine/NativeMenuGtk.h"
 
 #include "base/Owned.h"
 

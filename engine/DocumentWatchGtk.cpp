@@ -1,4 +1,4 @@
-#include "toolkit/DocumentWatchGtk.h"
+#include "engine/DocumentWatchGtk.h"
 
 #include <utility>
 

@@ -1,10 +1,10 @@
 #include "toolkit/NativeWebView.h"
 
 #include "base/Owned.h"
-#include "toolkit/DocumentWatchGtk.h"
-#include "toolkit/NativeEngineGtk.h"
-#include "toolkit/NativeMenuGtk.h"
-#include "toolkit/NativeZoomGtk.h"
+#include "engine/DocumentWatchGtk.h"
+#include "engine/NativeEngineGtk.h"
+#include "engine/NativeMenuGtk.h"
+#include "engine/NativeZoomGtk.h"
 
 #include <gtk/gtk.h>
 #include <utility>

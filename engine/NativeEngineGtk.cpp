@@ -1,4 +1,4 @@
-#include "toolkit/NativeEngineGtk.h"
+#include "engine/NativeEngineGtk.h"
 
 #include "base/Owned.h"
 #include "web/DisplayAddress.h"

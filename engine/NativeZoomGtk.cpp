@@ -1,4 +1,4 @@
-#include "toolkit/NativeZoomGtk.h"
+#include "engine/NativeZoomGtk.h"
 
 #include <algorithm>
 #include <cmath>
