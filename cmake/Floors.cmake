@@ -8,12 +8,16 @@ function(enter_folder TARGET FOLDER)
 endfunction()
 
 # The library vantro_NAME of all sources in the folder NAME. It stands ON other floors, which whatever stands on it sees
-# as well, and USES libraries for itself alone.
+# as well, and USES libraries for itself alone. A MODULE is opened while the program runs; nothing stands on it.
 function(add_floor NAME)
-    cmake_parse_arguments(PARSE_ARGV 1 FLOOR "" "" "ON;USES")
+    cmake_parse_arguments(PARSE_ARGV 1 FLOOR "MODULE" "" "ON;USES")
     file(GLOB SOURCES CONFIGURE_DEPENDS ${NAME}/*.cpp)
     list(TRANSFORM FLOOR_ON PREPEND vantro_)
-    add_library(vantro_${NAME} STATIC ${SOURCES})
+    if(FLOOR_MODULE)
+        add_library(vantro_${NAME} MODULE ${SOURCES})
+    else()
+        add_library(vantro_${NAME} STATIC ${SOURCES})
+    endif()
     enter_folder(vantro_${NAME} ${NAME})
     target_link_libraries(vantro_${NAME} PUBLIC ${FLOOR_ON} PRIVATE vantro_options ${FLOOR_USES})
 endfunction()

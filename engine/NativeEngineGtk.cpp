@@ -12,9 +12,7 @@ namespace {
 
 using Serve = std::function<std::optional<PagePart>(const std::string&)>;
 
-// True when the tool behind the engine's sandbox can set one up here; in some containers it cannot, and the
-// engine would then end the program.
-bool SandboxWorks()
+bool TrySandbox()
 {
     std::vector<const char*> command{
         "bwrap", "--ro-bind", "/", "/", "--proc", "/proc", "--dev", "/dev", "--unshare-all", "true", nullptr};
@@ -45,16 +43,16 @@ void Answer(WebKitURISchemeRequest* request, gpointer serve)
 
 } // namespace
 
+bool SandboxWorks()
+{
+    static const bool works = TrySandbox();
+    return works;
+}
+
 Engine NewEngine(Serve serve)
 {
-    static const bool sandbox = [] {
-        // What these libraries keep would stay in the user's cache folder.
-        g_setenv("MESA_SHADER_CACHE_DISABLE", "true", FALSE);
-        g_setenv("GST_REGISTRY_DISABLE", "yes", FALSE);
-        return SandboxWorks();
-    }();
     Engine engine(webkit_web_context_new_ephemeral());
-    if (sandbox)
+    if (SandboxWorks())
         webkit_web_context_set_sandbox_enabled(engine.get(), TRUE);
     const std::string scheme(kPageScheme);
     // Pages that were followed can neither show nor link to what is ours.

@@ -12,6 +12,10 @@ namespace vantro {
 
 using Engine = Owned<WebKitWebContext, g_object_unref>;
 
+// True when the tool behind the engine's sandbox can set one up here; in some containers it cannot, and the
+// engine would then end the program. Tried once, which starts a process. Any thread.
+[[nodiscard]] bool SandboxWorks();
+
 // A context of the engine that leaves nothing on the disk, with the sandbox on where it works. Addresses of
 // our own scheme are answered by `serve` alone, which is copied.
 [[nodiscard]] Engine NewEngine(std::function<std::optional<PagePart>(const std::string&)> serve);

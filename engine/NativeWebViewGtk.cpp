@@ -44,110 +44,182 @@ Navigation NavigationOf(WebKitNavigationAction* action, bool newWindow)
         webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED};
 }
 
-} // namespace
-
-struct NativeWebView::Implementation {
-    Implementation(wxWindow* parent, Events given)
-        : events(std::move(given)),
-          serve(std::make_shared<Implementation*>(this)),
-          engine(NewEngine([from = serve](const std::string& address) {
-              return *from != nullptr ? (*from)->events.serve(address) : std::nullopt;
+class NativeWebViewGtk final : public NativeWebView {
+public:
+    NativeWebViewGtk(wxWindow* parent, Events given)
+        : events_(std::move(given)),
+          serve_(std::make_shared<NativeWebViewGtk*>(this)),
+          engine_(NewEngine([from = serve_](const std::string& address) {
+              return *from != nullptr ? (*from)->events_.serve(address) : std::nullopt;
           })),
-          view(WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(engine.get()))),
-          window(new wxNativeWindow(parent, wxID_ANY, GTK_WIDGET(view))),
-          watch(view, [this](const DocumentEnd& end) { events.document(end); })
+          view_(WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(engine_.get()))),
+          window_(new wxNativeWindow(parent, wxID_ANY, GTK_WIDGET(view_))),
+          watch_(view_, [this](const DocumentEnd& end) { events_.document(end); })
     {
-        window->SetName("web");
-        Restrict(webkit_web_view_get_settings(view));
-        g_object_add_weak_pointer(G_OBJECT(view), WeakPointer());
+        window_->SetName("web");
+        Restrict(webkit_web_view_get_settings(view_));
+        g_object_add_weak_pointer(G_OBJECT(view_), WeakPointer());
         ConnectNavigation();
         ConnectInput();
-        ConnectZoom(view);
+        ConnectZoom(view_);
         ConnectRequests();
     }
 
-    ~Implementation()
+    ~NativeWebViewGtk() override
     {
-        *serve = nullptr;
-        g_signal_handlers_disconnect_by_data(engine.get(), this);
-        if (view == nullptr)
+        *serve_ = nullptr;
+        g_signal_handlers_disconnect_by_data(engine_.get(), this);
+        if (view_ == nullptr)
             return;
-        g_signal_handlers_disconnect_by_data(view, this);
-        g_object_remove_weak_pointer(G_OBJECT(view), WeakPointer());
+        g_signal_handlers_disconnect_by_data(view_, this);
+        g_object_remove_weak_pointer(G_OBJECT(view_), WeakPointer());
     }
-    Implementation(const Implementation&) = delete;
-    Implementation& operator=(const Implementation&) = delete;
+    NativeWebViewGtk(const NativeWebViewGtk&) = delete;
+    NativeWebViewGtk& operator=(const NativeWebViewGtk&) = delete;
 
-    gpointer* WeakPointer() { return reinterpret_cast<gpointer*>(&view); }
+    wxWindow* Window() const override
+    {
+        return window_;
+    }
 
-    void Connect(const char* signal, GCallback handler) { g_signal_connect(view, signal, handler, this); }
+    std::string Normalized(const std::string& address) const override
+    {
+        const Owned<WebKitURIRequest, g_object_unref> request(webkit_uri_request_new(address.c_str()));
+        return webkit_uri_request_get_uri(request.get());
+    }
+
+    void Load(const std::string& address) override
+    {
+        page_ = address;
+        loads_ = true;
+        webkit_web_view_load_uri(view_, address.c_str());
+    }
+
+    void Stop() override
+    {
+        watch_.GiveUp();
+        webkit_web_view_stop_loading(view_);
+    }
+
+    bool ProcessResponds() const override
+    {
+        return webkit_web_view_get_is_web_process_responsive(view_) != FALSE;
+    }
+
+    void EndProcess() override
+    {
+        webkit_web_view_terminate_web_process(view_);
+    }
+
+    void LoadFrame(std::string_view frame, const std::string& address, bool replace) override
+    {
+        // Of the location of a stranger's page only these two may be used.
+        const std::string script = "window.frames[" + Quoted(frame) + "].location"
+            + (replace ? ".replace(" + Quoted(address) + ")" : " = " + Quoted(address)) + ";";
+        webkit_web_view_evaluate_javascript(view_, script.c_str(),
+            static_cast<gssize>(script.size()), nullptr, nullptr, nullptr, nullptr, nullptr);
+    }
+
+    void Back() override
+    {
+        if (CanGo(-1))
+            webkit_web_view_go_back(view_);
+    }
+
+    void Forward() override
+    {
+        if (CanGo(1))
+            webkit_web_view_go_forward(view_);
+    }
+
+    bool IsReplaced() const override
+    {
+        return watch_.IsReplaced();
+    }
+
+    void SetCookies(bool taken) override
+    {
+        webkit_cookie_manager_set_accept_policy(
+            webkit_web_context_get_cookie_manager(engine_.get()),
+            taken ? WEBKIT_COOKIE_POLICY_ACCEPT_ALWAYS : WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
+    }
+
+    void SetSilent(bool silent) override
+    {
+        silent_ = silent ? TRUE : FALSE;
+    }
+
+private:
+    gpointer* WeakPointer() { return reinterpret_cast<gpointer*>(&view_); }
+
+    void Connect(const char* signal, GCallback handler) { g_signal_connect(view_, signal, handler, this); }
 
     void ConnectNavigation()
     {
         Connect("create",
             G_CALLBACK(
-                +[](WebKitWebView*, WebKitNavigationAction* action, Implementation* self) -> GtkWidget* {
-                    self->events.allow(NavigationOf(action, true));
+                +[](WebKitWebView*, WebKitNavigationAction* action, NativeWebViewGtk* self) -> GtkWidget* {
+                    self->events_.allow(NavigationOf(action, true));
                     return nullptr;
                 }));
         Connect("decide-policy", G_CALLBACK(OnDecidePolicy));
         Connect("load-changed", G_CALLBACK(OnLoadChanged));
         Connect("load-failed", G_CALLBACK(OnLoadFailed));
-        g_signal_connect(engine.get(), "download-started",
-            G_CALLBACK(+[](WebKitWebContext*, WebKitDownload* download, Implementation* self) {
+        g_signal_connect(engine_.get(), "download-started",
+            G_CALLBACK(+[](WebKitWebContext*, WebKitDownload* download, NativeWebViewGtk* self) {
                 const std::string address = webkit_uri_request_get_uri(webkit_download_get_request(download));
                 webkit_download_cancel(download);
-                self->events.document({DocumentEnd::Kind::NotAPage, address});
+                self->events_.document({DocumentEnd::Kind::NotAPage, address});
             }),
             this);
         Connect("web-process-terminated",
-            G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason why, Implementation* self) {
+            G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason why, NativeWebViewGtk* self) {
                 if (why != WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
-                    self->events.processLost();
+                    self->events_.processLost();
             }));
         Connect("notify::is-web-process-responsive",
-            G_CALLBACK(+[](WebKitWebView* changed, GParamSpec*, Implementation* self) {
+            G_CALLBACK(+[](WebKitWebView* changed, GParamSpec*, NativeWebViewGtk* self) {
                 if (webkit_web_view_get_is_web_process_responsive(changed) == FALSE)
-                    self->events.processHangs();
+                    self->events_.processHangs();
             }));
     }
 
     void ConnectInput()
     {
         Connect("button-press-event",
-            G_CALLBACK(+[](GtkWidget*, GdkEventButton* event, Implementation* self) -> gboolean {
+            G_CALLBACK(+[](GtkWidget*, GdkEventButton* event, NativeWebViewGtk* self) -> gboolean {
                 if (event->button != kBackButton && event->button != kForwardButton) {
-                    self->events.pressed();
+                    self->events_.pressed();
                     return FALSE;
                 }
-                self->events.command(event->button == kBackButton ? Command::Back : Command::Forward, {});
+                self->events_.command(event->button == kBackButton ? Command::Back : Command::Forward, {});
                 return TRUE;
             }));
         Connect("mouse-target-changed",
-            G_CALLBACK(+[](WebKitWebView*, WebKitHitTestResult* under, guint, Implementation* self) {
+            G_CALLBACK(+[](WebKitWebView*, WebKitHitTestResult* under, guint, NativeWebViewGtk* self) {
                 const char* link = webkit_hit_test_result_get_link_uri(under);
-                self->pointedAt = link != nullptr ? link : "";
+                self->pointedAt_ = link != nullptr ? link : "";
             }));
         Connect("button-release-event",
-            G_CALLBACK(+[](GtkWidget*, GdkEventButton* event, Implementation* self) -> gboolean {
-                if (event->button == GDK_BUTTON_PRIMARY && !self->pointedAt.empty())
-                    self->events.clicked(self->pointedAt);
+            G_CALLBACK(+[](GtkWidget*, GdkEventButton* event, NativeWebViewGtk* self) -> gboolean {
+                if (event->button == GDK_BUTTON_PRIMARY && !self->pointedAt_.empty())
+                    self->events_.clicked(self->pointedAt_);
                 return FALSE;
             }));
         Connect("key-press-event",
-            G_CALLBACK(+[](GtkWidget*, GdkEventKey* event, Implementation* self) -> gboolean {
+            G_CALLBACK(+[](GtkWidget*, GdkEventKey* event, NativeWebViewGtk* self) -> gboolean {
                 const bool alt = (event->state & gtk_accelerator_get_default_mod_mask()) == GDK_MOD1_MASK;
                 if (!alt || (event->keyval != GDK_KEY_Left && event->keyval != GDK_KEY_Right)) {
-                    self->events.pressed();
+                    self->events_.pressed();
                     return FALSE;
                 }
-                self->events.command(event->keyval == GDK_KEY_Left ? Command::Back : Command::Forward, {});
+                self->events_.command(event->keyval == GDK_KEY_Left ? Command::Back : Command::Forward, {});
                 return TRUE;
             }));
         Connect("context-menu",
             G_CALLBACK(+[](WebKitWebView*, WebKitContextMenu* menu, GdkEvent*, WebKitHitTestResult* under,
-                            Implementation* self) -> gboolean {
-                FillContextMenu(menu, under, {self->CanGo(-1), self->CanGo(1), self->events.command});
+                            NativeWebViewGtk* self) -> gboolean {
+                FillContextMenu(menu, under, {self->CanGo(-1), self->CanGo(1), self->events_.command});
                 return FALSE;
             }));
     }
@@ -156,35 +228,35 @@ struct NativeWebView::Implementation {
     void ConnectRequests()
     {
         Connect("script-dialog",
-            G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog*, Implementation* self) -> gboolean {
-                return self->silent;
+            G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog*, NativeWebViewGtk* self) -> gboolean {
+                return self->silent_;
             }));
         Connect("authenticate",
             G_CALLBACK(
-                +[](WebKitWebView*, WebKitAuthenticationRequest* request, Implementation* self) -> gboolean {
-                    if (self->silent == FALSE)
+                +[](WebKitWebView*, WebKitAuthenticationRequest* request, NativeWebViewGtk* self) -> gboolean {
+                    if (self->silent_ == FALSE)
                         return FALSE;
-                    self->watch.PasswordWanted();
+                    self->watch_.PasswordWanted();
                     webkit_authentication_request_cancel(request);
                     return TRUE;
                 }));
         Connect("permission-request",
-            G_CALLBACK(+[](WebKitWebView*, WebKitPermissionRequest* request, Implementation*) -> gboolean {
+            G_CALLBACK(+[](WebKitWebView*, WebKitPermissionRequest* request, NativeWebViewGtk*) -> gboolean {
                 webkit_permission_request_deny(request);
                 return TRUE;
             }));
-        Connect("print", G_CALLBACK(+[](WebKitWebView*, WebKitPrintOperation*, Implementation*) -> gboolean {
+        Connect("print", G_CALLBACK(+[](WebKitWebView*, WebKitPrintOperation*, NativeWebViewGtk*) -> gboolean {
             return TRUE;
         }));
         Connect("run-file-chooser",
-            G_CALLBACK(+[](WebKitWebView*, WebKitFileChooserRequest* request, Implementation*) -> gboolean {
+            G_CALLBACK(+[](WebKitWebView*, WebKitFileChooserRequest* request, NativeWebViewGtk*) -> gboolean {
                 webkit_file_chooser_request_cancel(request);
                 return TRUE;
             }));
     }
 
     static gboolean OnDecidePolicy(WebKitWebView* /*view*/, WebKitPolicyDecision* decision,
-        WebKitPolicyDecisionType type, Implementation* self)
+        WebKitPolicyDecisionType type, NativeWebViewGtk* self)
     {
         if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
             return self->OnResponse(decision);
@@ -192,150 +264,83 @@ struct NativeWebView::Implementation {
             WEBKIT_NAVIGATION_POLICY_DECISION(decision));
         const Navigation navigation
             = NavigationOf(action, type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION);
-        if (!self->events.allow(navigation)) {
+        if (!self->events_.allow(navigation)) {
             if (navigation.redirect)
-                self->watch.GiveUp(); // the engine gives up what was sent on
+                self->watch_.GiveUp(); // the engine gives up what was sent on
             webkit_policy_decision_ignore(decision);
             return TRUE;
         }
-        self->watch.Expect(navigation.address, navigation.redirect);
+        self->watch_.Expect(navigation.address, navigation.redirect);
         return FALSE;
     }
 
     gboolean OnResponse(WebKitPolicyDecision* decision)
     {
-        if (watch.Answered(WEBKIT_RESPONSE_POLICY_DECISION(decision)))
+        if (watch_.Answered(WEBKIT_RESPONSE_POLICY_DECISION(decision)))
             return FALSE;
         webkit_policy_decision_ignore(decision);
         return TRUE;
     }
 
-    static void OnLoadChanged(WebKitWebView* view, WebKitLoadEvent event, Implementation* self)
+    static void OnLoadChanged(WebKitWebView* view, WebKitLoadEvent event, NativeWebViewGtk* self)
     {
-        if (event == WEBKIT_LOAD_STARTED && !std::exchange(self->loads, false)) {
-            const std::string address = self->watch.Expected();
-            self->watch.GiveUp();
+        if (event == WEBKIT_LOAD_STARTED && !std::exchange(self->loads_, false)) {
+            const std::string address = self->watch_.Expected();
+            self->watch_.GiveUp();
             webkit_web_view_stop_loading(view);
-            self->events.wantsAll(address);
+            self->events_.wantsAll(address);
         }
         if (event != WEBKIT_LOAD_FINISHED)
             return;
         // The view's own address is already that of the newest load when the end of an older one is reported.
         WebKitWebResource* document = webkit_web_view_get_main_resource(view);
-        self->events.finished(document != nullptr ? webkit_web_resource_get_uri(document) : kBlankPage);
+        self->events_.finished(document != nullptr ? webkit_web_resource_get_uri(document) : kBlankPage);
     }
 
     static gboolean OnLoadFailed(WebKitWebView* /*view*/, WebKitLoadEvent /*event*/, const char* address,
-        GError* error, Implementation* self)
+        GError* error, NativeWebViewGtk* self)
     {
         if (!g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
-            self->events.failed(address);
+            self->events_.failed(address);
         return FALSE;
     }
 
     // A page with frames stays the document of the view, whatever is followed in it.
     bool CanGo(int steps)
     {
-        WebKitBackForwardList* list = webkit_web_view_get_back_forward_list(view);
+        WebKitBackForwardList* list = webkit_web_view_get_back_forward_list(view_);
         if (steps > 0)
             return webkit_back_forward_list_get_forward_item(list) != nullptr;
         const Owned<GList, g_list_free> items(webkit_back_forward_list_get_back_list(list));
         bool found = false;
         for (const GList* item = items.get(); item != nullptr; item = item->next)
             found = found
-                || page == webkit_back_forward_list_item_get_uri(WEBKIT_BACK_FORWARD_LIST_ITEM(item->data));
-        return found && IsOwnAddress(page);
+                || page_ == webkit_back_forward_list_item_get_uri(WEBKIT_BACK_FORWARD_LIST_ITEM(item->data));
+        return found && IsOwnAddress(page_);
     }
 
-    Events events;
-    std::shared_ptr<Implementation*> serve; // outlives this one in the engine
-    Engine engine;
-    WebKitWebView* view; // becomes null when the window library destroys it
-    wxWindow* window;
-    DocumentWatch watch;
-    std::string page; // loaded last
-    std::string pointedAt; // the link under the mouse
-    bool loads = false; // of the next load of the whole view: the program has asked for it
-    gboolean silent = FALSE;
+    Events events_;
+    std::shared_ptr<NativeWebViewGtk*> serve_; // outlives this one in the engine
+    Engine engine_;
+    WebKitWebView* view_; // becomes null when the window library destroys it
+    wxWindow* window_;
+    DocumentWatch watch_;
+    std::string page_; // loaded last
+    std::string pointedAt_; // the link under the mouse
+    bool loads_ = false; // of the next load of the whole view: the program has asked for it
+    gboolean silent_ = FALSE;
 };
 
-NativeWebView::NativeWebView(wxWindow* parent, Events events)
-    : implementation_(std::make_unique<Implementation>(parent, std::move(events)))
-{
-}
-
-NativeWebView::~NativeWebView() = default;
-
-wxWindow* NativeWebView::Window() const
-{
-    return implementation_->window;
-}
-
-std::string NativeWebView::Normalized(const std::string& address)
-{
-    const Owned<WebKitURIRequest, g_object_unref> request(webkit_uri_request_new(address.c_str()));
-    return webkit_uri_request_get_uri(request.get());
-}
-
-void NativeWebView::Load(const std::string& address)
-{
-    implementation_->page = address;
-    implementation_->loads = true;
-    webkit_web_view_load_uri(implementation_->view, address.c_str());
-}
-
-void NativeWebView::Stop()
-{
-    implementation_->watch.GiveUp();
-    webkit_web_view_stop_loading(implementation_->view);
-}
-
-bool NativeWebView::ProcessResponds() const
-{
-    return webkit_web_view_get_is_web_process_responsive(implementation_->view) != FALSE;
-}
-
-void NativeWebView::EndProcess()
-{
-    webkit_web_view_terminate_web_process(implementation_->view);
-}
-
-void NativeWebView::LoadFrame(std::string_view frame, const std::string& address, bool replace)
-{
-    // Of the location of a stranger's page only these two may be used.
-    const std::string script = "window.frames[" + Quoted(frame) + "].location"
-        + (replace ? ".replace(" + Quoted(address) + ")" : " = " + Quoted(address)) + ";";
-    webkit_web_view_evaluate_javascript(implementation_->view, script.c_str(),
-        static_cast<gssize>(script.size()), nullptr, nullptr, nullptr, nullptr, nullptr);
-}
-
-void NativeWebView::Back()
-{
-    if (implementation_->CanGo(-1))
-        webkit_web_view_go_back(implementation_->view);
-}
-
-void NativeWebView::Forward()
-{
-    if (implementation_->CanGo(1))
-        webkit_web_view_go_forward(implementation_->view);
-}
-
-bool NativeWebView::IsReplaced() const
-{
-    return implementation_->watch.IsReplaced();
-}
-
-void NativeWebView::SetCookies(bool taken)
-{
-    webkit_cookie_manager_set_accept_policy(
-        webkit_web_context_get_cookie_manager(implementation_->engine.get()),
-        taken ? WEBKIT_COOKIE_POLICY_ACCEPT_ALWAYS : WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
-}
-
-void NativeWebView::SetSilent(bool silent)
-{
-    implementation_->silent = silent ? TRUE : FALSE;
-}
+} // namespace
 
 } // namespace vantro
+
+extern "C" void vantro_prepare_engine()
+{
+    (void)vantro::SandboxWorks();
+}
+
+extern "C" vantro::NativeWebView* vantro_new_view(wxWindow* parent, vantro::NativeWebView::Events* events)
+{
+    return new vantro::NativeWebViewGtk(parent, std::move(*events));
+}

@@ -70,7 +70,7 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
                 LoadAfresh();
         });
     };
-    native_ = std::make_unique<NativeWebView>(parent, std::move(events));
+    native_ = NewNativeWebView(parent, std::move(events));
     Bind(
         wxEVT_TIMER,
         [this](wxTimerEvent&) {
@@ -113,7 +113,7 @@ void Browser::ShowPage(const LocalPage& page, LoadEnded ended)
     for (const LocalPage::Frame& frame : page.frames) {
         next.frames.push_back(addresses.OfFile(frame.file));
         next.texts.emplace_back(frame.name,
-            NativeWebView::Normalized(frame.isStory ? addresses.OfStory() : next.frames.back() + "?text"));
+            native_->Normalized(frame.isStory ? addresses.OfStory() : next.frames.back() + "?text"));
         parts[next.texts.back().second] = std::exchange(parts[next.frames.back()], {{}, "text/html"});
     }
     Begin(std::move(next), std::move(parts), std::move(ended));

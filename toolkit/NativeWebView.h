@@ -20,8 +20,8 @@ struct PagePart {
 };
 
 // A view of the system's browser engine, restricted to what pages of strangers may do. What the engine keeps
-// (cookies, stored data, its cache) is in memory and goes with the view. One source file per engine
-// implements it.
+// (cookies, stored data, its cache) is in memory and goes with the view. The engine is a module
+// of its own, opened when the window is there: its libraries are more than all others together.
 class NativeWebView {
 public:
     enum class Command { Back, Forward, Reload, OpenOutside };
@@ -46,40 +46,46 @@ public:
         std::function<void()> processHangs; // it has not answered for some seconds
     };
 
-    NativeWebView(wxWindow* parent, Events events);
-    ~NativeWebView();
-    NativeWebView(const NativeWebView&) = delete;
-    NativeWebView& operator=(const NativeWebView&) = delete;
+    virtual ~NativeWebView() = default;
 
     // The view as a child of the parent, which owns it.
-    [[nodiscard]] wxWindow* Window() const;
+    [[nodiscard]] virtual wxWindow* Window() const = 0;
     // An address as the engine will write it.
-    [[nodiscard]] static std::string Normalized(const std::string& address);
+    [[nodiscard]] virtual std::string Normalized(const std::string& address) const = 0;
 
-    void Load(const std::string& address);
+    virtual void Load(const std::string& address) = 0;
     // Gives up what has not come yet; what has come is shown.
-    void Stop();
+    virtual void Stop() = 0;
     // Whether the process that draws the pages answers; a page's endless script can keep it from that.
-    [[nodiscard]] bool ProcessResponds() const;
+    [[nodiscard]] virtual bool ProcessResponds() const = 0;
     // The next Load() starts a new one. Not reported as lost.
-    void EndProcess();
+    virtual void EndProcess() = 0;
     // Points a frame of the page shown at `address`, in place of what is there when `replace`. Nothing is
     // left in flight that could outlive the view.
-    void LoadFrame(std::string_view frame, const std::string& address, bool replace);
+    virtual void LoadFrame(std::string_view frame, const std::string& address, bool replace) = 0;
     // Goes through what was followed in the page loaded last, and never to the page before it.
-    void Back();
-    void Forward();
+    virtual void Back() = 0;
+    virtual void Forward() = 0;
     // Whether a page, be it an empty one, has come to where the navigation allowed last was to lead.
-    [[nodiscard]] bool IsReplaced() const;
+    [[nodiscard]] virtual bool IsReplaced() const = 0;
     // Whether servers may leave cookies and get them back. They are forgotten with the view.
-    void SetCookies(bool taken);
+    virtual void SetCookies(bool taken) = 0;
     // Whether script dialogs, permission questions and password dialogs of pages stay hidden (answered by
     // "no").
-    void SetSilent(bool silent);
-
-private:
-    struct Implementation;
-    std::unique_ptr<Implementation> implementation_;
+    virtual void SetSilent(bool silent) = 0;
 };
+
+// Begins to open the engine, in a thread of its own as it takes a tenth of a second. Once is enough.
+void OpenEngine();
+
+// A view as a child of `parent`. Waits for the engine when it is not open yet. Throws std::runtime_error with
+// a sentence for the user when it cannot be opened.
+[[nodiscard]] std::unique_ptr<NativeWebView> NewNativeWebView(wxWindow* parent, NativeWebView::Events events);
+
+// What the engine's module exports, under the names that follow.
+using PrepareEngine = void(); // what takes time and may be done in any thread, once
+inline constexpr const char* kPrepareEngineName = "vantro_prepare_engine";
+using NewView = NativeWebView*(wxWindow* parent, NativeWebView::Events* events);
+inline constexpr const char* kNewViewName = "vantro_new_view";
 
 } // namespace vantro

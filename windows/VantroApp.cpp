@@ -2,11 +2,29 @@
 
 #include "platform/IdleCall.h"
 #include "platform/Paths.h"
+#include "toolkit/NativeWebView.h"
 #include "windows/frmMain.h"
 
 #include <wx/log.h>
+#include <wx/utils.h>
 
 namespace vantro {
+
+// The environment is changed here only, where there is no other thread yet.
+bool VantroApp::Initialize(int& count, wxChar** arguments)
+{
+    // What these libraries of the engine keep would stay in the user's cache folder.
+    wxSetEnv("MESA_SHADER_CACHE_DISABLE", "true");
+    wxSetEnv("GST_REGISTRY_DISABLE", "yes");
+    // The first program on a display would start the graphics library, which none of our windows draws by.
+    const bool given = wxGetEnv("GDK_GL", nullptr);
+    if (!given)
+        wxSetEnv("GDK_GL", "disable");
+    const bool initialized = wxApp::Initialize(count, arguments);
+    if (!given)
+        wxUnsetEnv("GDK_GL"); // what is opened outside is to have it
+    return initialized;
+}
 
 // The program has no command line: the base class, which would read one, is not called.
 bool VantroApp::OnInit()

@@ -16,6 +16,7 @@ class frmMain;
 // The program: one instance per store, one main window.
 class VantroApp final : public wxApp {
 public:
+    bool Initialize(int& count, wxChar** arguments) override;
     bool OnInit() override;
     int OnRun() override;
     int OnExit() override;

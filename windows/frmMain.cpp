@@ -10,6 +10,7 @@
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
 #include "toolkit/ModalInput.h"
+#include "toolkit/NativeWebView.h"
 #include "windows/Icons.h"
 #include "windows/bkDLControl.h"
 
@@ -144,6 +145,7 @@ void frmMain::Form_Load()
     InitMainWindow();
     tv_->SetFocus();
     Show();
+    OpenEngine();
     // The browser takes its time to come up; the window is there meanwhile.
     CallAfter(&frmMain::LoadPages);
 }
