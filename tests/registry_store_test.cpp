@@ -212,9 +212,9 @@ TEST_F(RegistryStoreTest, AStoreHeldByAnotherProgramIsWaitedForOnceAndNotTakenFo
 TEST_F(RegistryStoreTest, WhereNothingCanBeWrittenTheStoreLivesInMemoryWithWhatCanBeRead)
 {
     StoreOneItem();
-    for (const int file_mode : {0646, 0444}) {
-        SCOPED_TRACE(file_mode);
-        fs::permissions(file_, static_cast<fs::perms>(file_mode));
+    for (const int fileMode : {0646, 0444}) {
+        SCOPED_TRACE(fileMode);
+        fs::permissions(file_, static_cast<fs::perms>(fileMode));
         fs::permissions(folder_.Path(), static_cast<fs::perms>(0555));
         setfsuid(65534); // modes do not bind root; without effect for anybody else
         ExpectNotKept("The store cannot be written", "<READ>");
