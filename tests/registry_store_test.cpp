@@ -149,6 +149,7 @@ TEST_F(RegistryStoreTest, WhatIsDamagedOrForeignIsSetAsideAndANewStoreBegun)
     const std::tuple<const char*, Spoil, std::string> cases[] = {
         {"zeroes", Overwrite(0, std::string(20'000, '\0')), damaged},
         {"rubbish behind a good head", Overwrite(4096, std::string(12'000, '\xaa')), damaged},
+        {"a format SQLite does not know", Overwrite(47, "\x09"), damaged},
         {"a cut-off file", [](const fs::path& file) { fs::resize_file(file, 8192); }, damaged},
         {"another column", Alter("ALTER TABLE reg_key ADD COLUMN more"), damaged},
         {"a trigger", Alter("CREATE TRIGGER t INSERT ON reg_key BEGIN SELECT 1; END"), damaged},
