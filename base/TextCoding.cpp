@@ -35,7 +35,7 @@ char32_t NextCharacter(std::string_view utf8, std::size_t& position)
         return 0;
     }
     const gunichar character = g_utf8_get_char_validated(at, static_cast<gssize>(utf8.size() - position));
-    constexpr gunichar kIncomplete = static_cast<gunichar>(-2); // and -1 for malformed
+    constexpr auto kIncomplete = static_cast<gunichar>(-2); // and -1 for malformed
     if (character >= kIncomplete) {
         ++position;
         return kReplacement;

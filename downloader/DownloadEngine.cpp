@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 
 #include <utility>
+#include <variant>
 
 namespace vantro {
 

@@ -2,6 +2,7 @@
 
 #include "base/EventPump.h"
 #include "platform/AsyncRead.h"
+#include "web/WebAddress.h"
 
 #include <cstdint>
 #include <functional>

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <cstdio>
 #include <optional>
+#include <system_error>
 
 namespace vantro {
 

@@ -3,6 +3,7 @@
 #include "feeds/DateGrammar.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <unicode/dtfmtsym.h>
@@ -76,22 +77,22 @@ DateWords WordsOf(const icu::Locale& user)
     return words;
 }
 
+std::unique_ptr<icu::SimpleDateFormat> ShownFormat(const icu::Locale& user)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    auto shown = std::make_unique<icu::SimpleDateFormat>("EEEE d MMMM yyyy", user, status);
+    // Feeds count years in the Gregorian way, and so does what is shown, whatever calendar the user's country
+    // keeps.
+    auto calendar = std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), status);
+    if (U_FAILURE(status))
+        return nullptr;
+    shown->adoptCalendar(calendar.release());
+    return shown;
+}
+
 } // namespace
 
 struct FeedDate::Formats {
-    explicit Formats(const icu::Locale& user) : words(WordsOf(user))
-    {
-        UErrorCode status = U_ZERO_ERROR;
-        shown = std::make_unique<icu::SimpleDateFormat>("EEEE d MMMM yyyy", user, status);
-        // Feeds count years in the Gregorian way, and so does what is shown, whatever calendar the user's
-        // country keeps.
-        auto calendar = std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), status);
-        if (U_SUCCESS(status))
-            shown->adoptCalendar(calendar.release());
-        else
-            shown.reset();
-    }
-
     DateWords words;
     std::unique_ptr<icu::SimpleDateFormat> shown; // nothing when the library lacks its data
 };
@@ -104,8 +105,10 @@ std::string FeedDate::Format(std::string_view text)
     constexpr std::size_t kLongest = 128; // no date is longer
     if (text.empty() || text.size() > kLongest)
         return std::string(text);
-    if (!formats_)
-        formats_ = std::make_unique<Formats>(icu::Locale(locale_.c_str()));
+    if (!formats_) {
+        const icu::Locale user(locale_.c_str());
+        formats_ = std::make_unique<Formats>(Formats{WordsOf(user), ShownFormat(user)});
+    }
     const auto size = static_cast<std::int32_t>(text.size());
     const auto date = ReadDate(
         Folded(icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), size))), formats_->words);

@@ -5,7 +5,14 @@
 #include "platform/Files.h"
 #include "settings/modRegistry.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace vantro {
 

@@ -3,6 +3,8 @@
 #include "feeds/PageDisplay.h"
 #include "feeds/SiteCheck.h"
 
+#include <string_view>
+
 namespace vantro {
 
 namespace {

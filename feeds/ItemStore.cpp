@@ -5,6 +5,7 @@
 #include "settings/modRegistry.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace vantro {
 

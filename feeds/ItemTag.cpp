@@ -2,6 +2,9 @@
 
 #include "base/modMain.h"
 
+#include <cstddef>
+#include <utility>
+
 namespace vantro {
 
 std::string ReplaceAll(std::string text, std::string_view search, std::string_view replacement)

@@ -3,7 +3,9 @@
 #include "base/modMain.h"
 #include "feeds/ItemTag.h"
 
+#include <cstddef>
 #include <map>
+#include <utility>
 
 namespace vantro {
 

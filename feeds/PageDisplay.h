@@ -1,6 +1,9 @@
 #pragma once
 
 #include "feeds/FeedDate.h"
+#include "feeds/NewsTree.h"
+#include "feeds/PageRecipe.h"
+#include "feeds/Site.h"
 #include "feeds/SiteOperations.h"
 #include "web/PageBrowser.h"
 

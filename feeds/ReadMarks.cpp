@@ -5,6 +5,8 @@
 #include "feeds/SiteOperations.h"
 #include "settings/modRegistry.h"
 
+#include <utility>
+
 namespace vantro {
 
 namespace {

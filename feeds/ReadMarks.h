@@ -1,5 +1,6 @@
 #pragma once
 
+#include "feeds/NewsTree.h"
 #include "feeds/SiteOperations.h"
 
 namespace vantro {

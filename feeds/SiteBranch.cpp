@@ -3,6 +3,11 @@
 #include "feeds/SiteOperations.h"
 #include "settings/Options.h"
 
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace vantro {
 
 void LoadSiteItems(const Site& site, const FeedServices& services)

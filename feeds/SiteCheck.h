@@ -1,9 +1,12 @@
 #pragma once
 
 #include "base/AsciiText.h"
+#include "feeds/PageRecipe.h"
 #include "feeds/Site.h"
+#include "settings/Options.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace vantro {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "feeds/NewsTree.h"
+#include "feeds/Site.h"
 #include "feeds/Sites.h"
 
 #include <cstddef>

@@ -1,6 +1,8 @@
 #include "feeds/SiteCheck.h"
 #include "feeds/Sites.h"
 
+#include <string_view>
+
 namespace vantro {
 
 namespace {

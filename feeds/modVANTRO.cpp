@@ -2,6 +2,9 @@
 #include "feeds/SiteCheck.h"
 #include "feeds/Sites.h"
 
+#include <optional>
+#include <string_view>
+
 namespace vantro {
 
 namespace {

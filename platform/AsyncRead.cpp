@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstddef>
 #include <optional>
 #include <stop_token>
 #include <thread>

@@ -4,12 +4,14 @@
 
 #include <array>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <gio/gio.h>
 #include <glib-unix.h>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 

@@ -5,6 +5,7 @@
 #include "base/TextCoding.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <sys/stat.h>
 #include <system_error>

@@ -1,6 +1,8 @@
 #include "platform/KeyPath.h"
 
 #include <charconv>
+#include <cstddef>
+#include <system_error>
 
 namespace vantro {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-using GProxyResolver = struct _GProxyResolver;
+using GProxyResolver = struct _GProxyResolver; // NOLINT(bugprone-reserved-identifier): the name GIO gives it
 
 namespace vantro {
 

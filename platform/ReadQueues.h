@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <curl/curl.h>
 #include <deque>
 #include <functional>
@@ -12,6 +13,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <utility>
 
 namespace vantro {
 

@@ -12,6 +12,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantro {
 
@@ -57,7 +58,7 @@ SingleInstance::SingleInstance(const std::filesystem::path& dataFolder, std::fun
     const std::string name = SocketName(dataFolder);
     std::memcpy(address.sun_path + 1, name.data(), name.size()); // a leading NUL makes the name abstract
     const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
-    const auto* generic = reinterpret_cast<const sockaddr*>(&address); // NOLINT: a C interface
+    const auto* generic = reinterpret_cast<const sockaddr*>(&address);
 
     const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (descriptor < 0)

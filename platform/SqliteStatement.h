@@ -2,6 +2,7 @@
 
 #include "base/Owned.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <sqlite3.h>

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <new>
+#include <utility>
 
 namespace vantro {
 

@@ -5,10 +5,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <exception>
 #include <limits>
 #include <netdb.h>
 #include <sys/socket.h>
 #include <utility>
+#include <variant>
 
 namespace vantro {
 

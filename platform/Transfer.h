@@ -2,9 +2,11 @@
 
 #include "base/Owned.h"
 #include "platform/AsyncRead.h"
+#include "platform/ProxyLookup.h"
 #include "web/HttpAnswer.h"
 
 #include <chrono>
+#include <cstddef>
 #include <curl/curl.h>
 #include <functional>
 #include <memory>

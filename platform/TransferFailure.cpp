@@ -1,5 +1,7 @@
 #include "platform/TransferFailure.h"
 
+#include <cstddef>
+
 namespace vantro {
 
 std::string FailureSentence(CURLcode code, const std::string& host)

@@ -2,6 +2,8 @@
 
 #include "base/Twips.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <locale>
 #include <sstream>
 #include <string>

@@ -27,9 +27,12 @@ inline constexpr std::string_view RegPath = "Software\\Vantro";
 class RegValue {
 public:
     RegValue() = default;
-    RegValue(std::int32_t number) : value_(number) { } // NOLINT: a number is a value
-    RegValue(std::string text) : value_(std::move(text)) { } // NOLINT: and so is a text
-    RegValue(const char* text) : value_(std::string(text)) { } // NOLINT
+    // cppcheck-suppress noExplicitConstructor ; a number is a value,
+    RegValue(std::int32_t number) : value_(number) { }
+    // cppcheck-suppress noExplicitConstructor ; and so is a text,
+    RegValue(std::string text) : value_(std::move(text)) { }
+    // cppcheck-suppress noExplicitConstructor ; however it is written
+    RegValue(const char* text) : value_(std::string(text)) { }
     RegValue(bool) = delete; // say whether 1 or -1 is meant by true
 
     [[nodiscard]] bool IsEmpty() const { return std::holds_alternative<std::monostate>(value_); }

@@ -5,6 +5,8 @@
 #include "settings/Options.h"
 #include "settings/modRegistry.h"
 
+#include <utility>
+
 namespace vantro {
 
 namespace {

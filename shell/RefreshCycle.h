@@ -2,6 +2,7 @@
 
 #include "downloader/DownloadEngine.h"
 #include "feeds/HostsFile.h"
+#include "feeds/Site.h"
 #include "feeds/SiteOperations.h"
 
 #include <chrono>

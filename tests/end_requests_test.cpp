@@ -4,6 +4,7 @@
 #include <csignal>
 #include <gio/gio.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace vantro {
 
@@ -21,7 +22,8 @@ static GDBusMessage* Answer(GDBusConnection* bus, GDBusMessage* call, gboolean i
 {
     if (!isIncoming || g_dbus_message_get_message_type(call) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
         return call;
-    g_autoptr(GDBusMessage) taken = call, reply = g_dbus_message_new_method_reply(call);
+    [[maybe_unused]] g_autoptr(GDBusMessage) taken = call;
+    g_autoptr(GDBusMessage) reply = g_dbus_message_new_method_reply(call);
     g_dbus_message_set_body(reply, g_variant_new("(o)", "/client"));
     g_dbus_connection_send_message(bus, reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
     g_autofree gchar* arguments = g_variant_print(g_dbus_message_get_body(call), FALSE);
@@ -45,7 +47,7 @@ TEST(EndRequests, TakeSignalsAndAnswerTheSessionManager)
         g_variant_unref(g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus",
             "RequestName", g_variant_new("(su)", name.c_str(), 0), nullptr, {}, -1, nullptr, nullptr));
         g_dbus_connection_add_filter(bus, Answer, log, nullptr);
-        const auto emit = [bus, &client](const char* path, const char* signal) {
+        const auto emit = [bus, &client = client](const char* path, const char* signal) {
             g_dbus_connection_emit_signal(bus, nullptr, path, client.c_str(), signal, nullptr, nullptr);
         };
         setenv("DESKTOP_AUTOSTART_ID", "id7", 1);
@@ -54,7 +56,7 @@ TEST(EndRequests, TakeSignalsAndAnswerTheSessionManager)
         auto requests = std::make_unique<EndRequests>(end);
         EXPECT_EQ(std::getenv("DESKTOP_AUTOSTART_ID"), nullptr);
         EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
-        raise(SIGTERM);
+        kill(getpid(), SIGTERM);
         EXPECT_EQ(Next(log), "end");
         requests->WatchSession();
         EXPECT_EQ(Next(log), manager + "RegisterClient('vantro', 'id7')");

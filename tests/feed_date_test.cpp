@@ -46,7 +46,7 @@ TEST(FeedDate, LeavesWhatIsNoDateAsItIs)
              "5 July 2003 or later", "5 July 2003 12:00 +", "5 July 2003 0:00 (CET",
              "5 July 2003 12:00 tomorrow", "5 July 2003, 6 July 2003", "200307051", "5 July 2003 1200",
              "<b>5 July 2003</b>", "<![CDATA[Sat, 05 Jul 2003]]>", "5 July 2003" + std::string(1, '\0'),
-             "\xff 5 July 2003", std::string(200, ' ') + "5 July 2003", std::string(10'000'000, '5')})
+             "\xff 5 July 2003", std::string(200, ' ') + "5 July 2003", std::string(8'000'000, '5')})
         EXPECT_TRUE(dates.Format(given) == given) << given.substr(0, 200);
     EXPECT_EQ(FeedDate("sv_SE").Format("03/07/05"), "03/07/05") << "the year may come first";
 }

@@ -103,7 +103,7 @@ TEST_F(MainWindowTest, StartsInTheMiddleWithABranchForEachSiteAndLaysItselfOutAt
     EXPECT_EQ(runtime->tree.SelectedItem(), runtime->tree.Find("VANTRO"));
     EXPECT_EQ(Caption("XBOXSCENE"), "Xbox-Scene (0 New, 0 Unread, 0 Total)");
     const wxRect screen = wxDisplay(window.get()).GetGeometry();
-    EXPECT_NEAR(window->GetRect().x, (screen.width - window->GetRect().width) / 2, 24);
+    EXPECT_NEAR(window->GetRect().x, (screen.width - window->GetRect().width) / 2.0, 24);
     EXPECT_EQ(window->GetClientSize().x, 640);
     const int strips = static_cast<int>(StripCount());
     for (const wxSize size : {wxSize(640, 480), wxSize(801, 555), wxSize(1100, 900)}) {
@@ -143,7 +143,7 @@ TEST_F(MainWindowTest, LivesByKeyboardAlone)
     EXPECT_EQ(runtime->tree.SelectedItem()->Key(), "vant2");
     EXPECT_EQ(PagesInFolder(), 0);
     Press("shift+F10 Down Return"); // on a read item the first is "Mark as Unread"
-    ASSERT_TRUE(PumpUntil([this] { return IsUnread(runtime->tree.Find("vant2")->Tag()); }));
+    ASSERT_TRUE(PumpUntil([] { return IsUnread(runtime->tree.Find("vant2")->Tag()); }));
     Close();
     Start();
     EXPECT_EQ(Caption("VANTRO"), "Vantro (0 New, 2 Unread, 2 Total)");

@@ -124,32 +124,32 @@ TEST_F(PageDisplayTest, FillsTheTemplatesInTheOrderOfTheSteps)
              "<title>A [NFO "
              "TEXT]</title><link>N</link><homepage>H</homepage><releasedate>2003-07-05</releasedate>",
              "xbins-title.htm",
-             {">A N</div>", "href=\"N\" target=\"mainFrame\"", "href=\"H\" target=\"_XbinsExternal1\"",
+             {">A N</div>", R"(href="N" target="mainFrame")", R"(href="H" target="_XbinsExternal1")",
                  "> Saturday 5 July 2003<", "src=\"vantro-page://{N}/xbins-logo.gif\""}},
             {modXBINS, "",
                 "<title>\u20ac \u00e9 "
                 "\u0416</title><link>HTTP://www.Xbins.EXAMPLE/</link><homepage>H</homepage>",
                 "xbins-title.htm",
-                {">\x80 \xe9 &#1046;</div>", "<a href=\"\" target=\"mainFrame\" title=\"\"></a>",
-                    "href=\"H\" target=\"mainFrame\"", "Date:</span> <"}},
+                {">\x80 \xe9 &#1046;</div>", R"(<a href="" target="mainFrame" title=""></a>)",
+                    R"(href="H" target="mainFrame")", "Date:</span> <"}},
             {modVANTRO, "",
                 "<title>[VERSION] [LINK]</title><link>L</link><homepage>H "
                 "%5BLINK%5D</homepage><date>soon</date>",
                 "vantro-title.htm",
-                {">[VERSION] L</div>", "href=\"L\" target=\"mainFrame\"",
-                    "href=\"H %5BLINK%5D\" target=\"mainFrame\"", "Your Version: " + VersionLine + "<",
+                {">[VERSION] L</div>", R"(href="L" target="mainFrame")",
+                    R"(href="H %5BLINK%5D" target="mainFrame")", "Your Version: " + VersionLine + "<",
                     "Item Date: soon<"}},
             {modMAXCONSOLE, "", "<title>A</title><description><b>[TITLE] [DESCRIPTION]</b></description>",
                 "maxconsole-main.htm", {"<b>[TITLE] [DESCRIPTION]</b>"}},
             {modMAXCONSOLE, ExternalOption(modMAXCONSOLE), "<title>B</title><link>L</link>",
-                "maxconsole-title.htm", {"href=\"L\" target=\"_XboxSceneExternal1\""}},
+                "maxconsole-title.htm", {R"(href="L" target="_XboxSceneExternal1")"}},
             {modXBOXSCENE, ExternalOption(modXBOXSCENE), "<title>A</title><link>L</link>",
-                "xboxscene-title.htm", {"href=\"L\" target=\"_XboxSceneExternal1\""}},
+                "xboxscene-title.htm", {R"(href="L" target="_XboxSceneExternal1")"}},
             {modXBOXSCENE, ExternalOption(modMAXCONSOLE),
                 "<title>[LINK TEXT]|[LINK TARGET] xboxscene-logo.jpg</title><link>[TITLE]</link>",
                 "xboxscene-title.htm",
                 {">[TITLE]|mainFrame vantro-page://{N}/xboxscene-logo.jpg</div>",
-                    "href=\"[TITLE]\" target=\"mainFrame\" title=\"[TITLE]\""}},
+                    R"(href="[TITLE]" target="mainFrame" title="[TITLE]")"}},
             {modXBOXSCENE, "", "<title>C</title>", "xboxscene-main.htm",
                 {"url(\"vantro-page://{N}/xboxscene-bgnd.gif\")"}}}) {
         for (const Site* site : Sites()) {
@@ -177,7 +177,7 @@ TEST_F(PageDisplayTest, SendsTheBottomFrameToTheNfoByItselfWhenToldTo)
              {1, "http://a.example/3.nfo", LoadEnd::Failed, false},
              {1, " \r\n\t", LoadEnd::Complete, false}}) {
         SetOption(AutoNfoOption(), option);
-        Receive(modXBINS, "<item><title>" + link + "</title><link>" + link + "</link></item>");
+        Receive(modXBINS, ReplaceAll("<item><title>{L}</title><link>{L}</link></item>", "{L}", link));
         Show(modXBINS);
         Answer();
         Answer(end);

@@ -73,7 +73,8 @@ TEST(Sites, ShareNoKeyHaveTheHostOfTheirOwnAndNumberTheirStripsInTheOrderOfTheLi
     std::set<std::string_view> keys;
     for (const Option& option : kGeneralOptions)
         keys.insert({option.name, option.control});
-    for (int strips = 0; const Site* site : Sites()) {
+    int strips = 0;
+    for (const Site* site : Sites()) {
         for (const auto key : {site->identifier, site->prefix, site->feedPath, site->page->shown})
             EXPECT_TRUE(keys.insert(key).second) << key;
         for (const Option& option : site->optionFrame.options)

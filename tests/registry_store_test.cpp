@@ -97,9 +97,9 @@ TEST_F(RegistryStoreTest, TheFileIsPrivateMarkedAndHoldsARowForEveryLevelHowever
     file_ = folder_.Path() / "share" / "vantro" / "registry.db";
     RegistryStore store(file_);
     const auto key = store.CreateKey("R\\Sites\\1");
-    for (const char* same : {"R\\Sites\\1\\", "r\\SITES\\1", "\\R\\\\Sites\\\\\\1\\\\"})
+    for (const char* same : {R"(R\Sites\1\)", "r\\SITES\\1", R"(\R\\Sites\\\1\\)"})
         EXPECT_TRUE(store.OpenKey(same) == key && store.CreateKey(same) == key) << same;
-    for (const std::string& none : {""s, "\\"s, "R\\Sites\\2"s, "R\\Site"s, "R\\Sites\\1\0"s})
+    for (const std::string& none : {""s, "\\"s, R"(R\Sites\2)"s, "R\\Site"s, "R\\Sites\\1\0"s})
         EXPECT_EQ(store.OpenKey(none), 0) << none;
     EXPECT_EQ(fs::status(file_.parent_path()).permissions(), fs::perms::owner_all);
     const Database other = Tell(file_, "");
@@ -209,8 +209,8 @@ TEST_F(RegistryStoreTest, AStoreHeldByAnotherProgramIsWaitedForOnceAndNotTakenFo
         EXPECT_TRUE(Put(store, "R\\1", "<READ>")); // and the next one waits again
         holds = Tell(file_, "BEGIN IMMEDIATE");
     }
-    const auto took = std::chrono::steady_clock::now() - start;
-    EXPECT_TRUE(took > 5.9s && took < 7.9s) << took.count();
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    EXPECT_TRUE(took.count() > 5.9 && took.count() < 7.9) << took.count();
 }
 
 TEST_F(RegistryStoreTest, WhereNothingCanBeWrittenTheStoreLivesInMemoryWithWhatCanBeRead)

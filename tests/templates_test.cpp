@@ -35,17 +35,17 @@ TEST(Templates, BeginWithAPolicyThatRunsTheirOwnScriptOnly)
     const std::regex withScript(begins
         + "script-src 'sha256-([^']*)'; style-src 'unsafe-inline'; img-src(?: vantro-page:)?( http: https: "
           "data:)?; "
-        + ends + "[^\\[]*<script type=\"text/javascript\">([^<]*)</script>");
+        + ends + R"([^\[]*<script type="text/javascript">([^<]*)</script>)");
+    const std::string framesPolicy = begins + "frame-src vantro-page: http: https: mailto:; " + ends;
     std::size_t pages = 0;
     for (const Site* site : Sites()) {
         const std::string type(site->page->resourceType);
         for (const std::string name : {"FRAMES", "MAIN", "TITLE", "ABOUT-MAIN", "HELP", "DONATIONS"}) {
-            SCOPED_TRACE(type + (" " + name));
+            SCOPED_TRACE(::testing::Message() << type << ' ' << name);
             const std::string page = Page(type, name);
             std::smatch found;
             if (name == "FRAMES")
-                EXPECT_NE(page.find(begins + "frame-src vantro-page: http: https: mailto:; " + ends),
-                    std::string::npos);
+                EXPECT_NE(page.find(framesPolicy), std::string::npos);
             else if (!page.empty() && std::regex_search(page, found, withScript)) {
                 EXPECT_EQ(found[1], Digest(found[3].str()));
                 EXPECT_EQ(found[2].matched, name == "MAIN") << "pictures from elsewhere";

@@ -1,14 +1,22 @@
 #pragma once
 
 #include "toolkit/NativeWebView.h"
+#include "web/DisplayAddress.h"
+#include "web/DocumentEnd.h"
+#include "web/NavigationPolicy.h"
 #include "web/OutsideGate.h"
 #include "web/PageBrowser.h"
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 #include <wx/event.h>
 #include <wx/timer.h>
 

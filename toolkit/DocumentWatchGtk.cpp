@@ -19,7 +19,7 @@ WebKitBackForwardListItem* CurrentItem(WebKitWebView* view)
 DocumentWatch::DocumentWatch(WebKitWebView* view, std::function<void(const DocumentEnd&)> report)
     : view_(view), report_(std::move(report))
 {
-    g_object_add_weak_pointer(G_OBJECT(view_), reinterpret_cast<gpointer*>(&view_)); // NOLINT: a C interface
+    g_object_add_weak_pointer(G_OBJECT(view_), reinterpret_cast<gpointer*>(&view_));
     g_signal_connect(view_, "resource-load-started", G_CALLBACK(OnResource), this);
 }
 
@@ -29,7 +29,7 @@ DocumentWatch::~DocumentWatch()
     if (view_ == nullptr)
         return;
     g_signal_handlers_disconnect_by_data(view_, this);
-    g_object_remove_weak_pointer(G_OBJECT(view_), reinterpret_cast<gpointer*>(&view_)); // NOLINT
+    g_object_remove_weak_pointer(G_OBJECT(view_), reinterpret_cast<gpointer*>(&view_));
 }
 
 void DocumentWatch::Expect(const std::string& address, bool redirect)

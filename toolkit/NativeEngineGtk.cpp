@@ -19,11 +19,10 @@ bool SandboxWorks()
     std::vector<const char*> command{
         "bwrap", "--ro-bind", "/", "/", "--proc", "/proc", "--dev", "/dev", "--unshare-all", "true", nullptr};
     gint status = 1;
-    const gboolean ran
-        = g_spawn_sync(nullptr, const_cast<char**>(command.data()), nullptr, // NOLINT: a C interface
-            static_cast<GSpawnFlags>(
-                G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
-            nullptr, nullptr, nullptr, nullptr, &status, nullptr);
+    const gboolean ran = g_spawn_sync(nullptr, const_cast<char**>(command.data()), nullptr,
+        static_cast<GSpawnFlags>(
+            G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
+        nullptr, nullptr, nullptr, nullptr, &status, nullptr);
     const Owned<gchar, g_free> proxy(
         g_find_program_in_path("xdg-dbus-proxy")); // the sandbox needs it as well
     return ran != FALSE && status == 0 && proxy;

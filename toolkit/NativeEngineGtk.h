@@ -3,6 +3,9 @@
 #include "base/Owned.h"
 #include "toolkit/NativeWebView.h"
 
+#include <functional>
+#include <optional>
+#include <string>
 #include <webkit2/webkit2.h>
 
 namespace vantro {

@@ -2,6 +2,8 @@
 
 #include "toolkit/NativeWebView.h"
 
+#include <functional>
+#include <string>
 #include <webkit2/webkit2.h>
 
 namespace vantro {

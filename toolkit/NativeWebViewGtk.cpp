@@ -78,7 +78,7 @@ struct NativeWebView::Implementation {
     Implementation(const Implementation&) = delete;
     Implementation& operator=(const Implementation&) = delete;
 
-    gpointer* WeakPointer() { return reinterpret_cast<gpointer*>(&view); } // NOLINT: a C interface
+    gpointer* WeakPointer() { return reinterpret_cast<gpointer*>(&view); }
 
     void Connect(const char* signal, GCallback handler) { g_signal_connect(view, signal, handler, this); }
 

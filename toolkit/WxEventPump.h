@@ -2,6 +2,8 @@
 
 #include "base/EventPump.h"
 
+#include <functional>
+
 namespace vantro {
 
 // The event pump over the window library's event loop that runs when it is called. Asks `done` after each

@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace vantro {

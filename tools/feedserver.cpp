@@ -7,15 +7,20 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
+#include <chrono>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <httplib.h>
 #include <iostream>
 #include <optional>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 

@@ -4,6 +4,8 @@
 #include "web/WebAddress.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <variant>
 
 namespace vantro {
 

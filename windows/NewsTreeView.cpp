@@ -7,8 +7,11 @@
 #include "windows/Icons.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 #include <wx/menu.h>
 #include <wx/utils.h>
 #include <wx/weakref.h>
@@ -23,7 +26,7 @@ constexpr float kFontScale = 0.9F; // the tree is narrow and its captions are lo
 wxDataViewItem ItemOf(const NewsNode* node)
 {
     return wxDataViewItem(const_cast<NewsNode*>(node));
-} // NOLINT: an id
+}
 NewsNode* NodeOf(const wxDataViewItem& item)
 {
     return static_cast<NewsNode*>(item.GetID());

@@ -4,6 +4,8 @@
 #include "shell/TreeClicks.h"
 #include "toolkit/NativeList.h"
 
+#include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <wx/bmpbndl.h>

@@ -3,6 +3,8 @@
 #include "base/BuildSettings.h"
 #include "base/modMain.h"
 
+#include <utility>
+
 namespace vantro {
 
 namespace {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "feeds/HostsFile.h"
+#include "feeds/NewsTree.h"
 #include "feeds/SiteOperations.h"
 #include "platform/AsyncRead.h"
 #include "platform/Paths.h"

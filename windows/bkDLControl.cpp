@@ -24,7 +24,7 @@ constexpr std::int16_t kSingleLine = 1;
 wxColour ToColour(std::uint32_t colour)
 {
     if (!(colour & kSystemColour))
-        return wxColour(static_cast<unsigned long>(colour & 0xFFFFFFU));
+        return {static_cast<unsigned long>(colour & 0xFFFFFFU)};
     const std::uint32_t index = colour & ~kSystemColour;
     return wxSystemSettings::GetColour(
         index < wxSYS_COLOUR_MAX ? static_cast<wxSystemColour>(index) : wxSYS_COLOUR_BTNFACE);
@@ -47,10 +47,10 @@ wxFont FontFromText(const std::string& text, const wxFont& otherwise)
     if (parts.size() < 2 || parts[0].empty() || !parts[1].ToCDouble(&points)
         || !(points >= 1 && points <= 1000))
         return otherwise;
-    return wxFont(wxFontInfo(points)
-                      .FaceName(parts[0])
-                      .Bold(parts.Index("bold") != wxNOT_FOUND)
-                      .Italic(parts.Index("italic") != wxNOT_FOUND));
+    return {wxFontInfo(points)
+                .FaceName(parts[0])
+                .Bold(parts.Index("bold") != wxNOT_FOUND)
+                .Italic(parts.Index("italic") != wxNOT_FOUND)};
 }
 
 std::int16_t ButtonOf(const wxMouseEvent& event)

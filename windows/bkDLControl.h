@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/EventPump.h"
 #include "downloader/DownloadEngine.h"
+#include "platform/AsyncRead.h"
 
 #include <cstdint>
 #include <functional>

@@ -13,7 +13,11 @@
 #include "windows/Icons.h"
 #include "windows/bkDLControl.h"
 
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <wx/app.h>
 #include <wx/menu.h>
 #include <wx/panel.h>
@@ -109,7 +113,7 @@ void frmMain::MakeMenus()
 
 void frmMain::BindEvents()
 {
-    const auto on = [this](std::initializer_list<int> ids, std::function<void()> action) {
+    const auto on = [this](std::initializer_list<int> ids, const std::function<void()>& action) {
         for (const int id : ids)
             Bind(
                 wxEVT_MENU, [action](wxCommandEvent&) { action(); }, id);

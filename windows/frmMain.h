@@ -1,8 +1,12 @@
 #pragma once
 
+#include "feeds/NewsTree.h"
 #include "feeds/PageDisplay.h"
+#include "feeds/Site.h"
+#include "feeds/SiteOperations.h"
 #include "shell/RefreshCycle.h"
 #include "shell/TreeClicks.h"
+#include "shell/WindowPlacement.h"
 #include "toolkit/Browser.h"
 #include "windows/MessageBoxes.h"
 #include "windows/NewsTreeView.h"
@@ -10,7 +14,9 @@
 #include "windows/frmOptions.h"
 #include "windows/modFrmCtrl.h"
 
+#include <chrono>
 #include <memory>
+#include <string>
 #include <wx/frame.h>
 #include <wx/timer.h>
 #include <wx/weakref.h>

@@ -8,6 +8,7 @@
 #include "windows/modFrmCtrl.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 #include <wx/checkbox.h>
@@ -34,7 +35,7 @@ constexpr int kAfterCaption = 4; // pixels that GTK's check box leaves to the ri
 
 void MakeRoom(double& twipsPerPixel, std::int32_t place, int pixels)
 {
-    twipsPerPixel = std::min(twipsPerPixel, double{1} * place / pixels);
+    twipsPerPixel = std::min(twipsPerPixel, 1.0 * place / pixels);
 }
 
 std::int32_t HeightOf(const OptionFrame& frame)

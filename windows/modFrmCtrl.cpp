@@ -156,7 +156,7 @@ StartLayout LayOutMainWindowAtStart(const wxFrame& form, const MainWindowParts& 
     const TwipsPerPixel scale = ScreenTwipsPerPixel();
     const wxSize border = parts.picDownload.GetWindowBorderSize();
     const wxWindowList& strips = parts.picDownload.GetChildren();
-    const StartLayout layout = LayOutAtStart(InsideOf(form, scale), strips.size(),
+    StartLayout layout = LayOutAtStart(InsideOf(form, scale), strips.size(),
         ToTwips(border.x, scale.horizontal), ToTwips(border.y, scale.vertical));
     Place(parts.picDownload, layout.picDownload, scale);
     for (auto place = layout.download.begin(); wxWindow * strip : strips)

@@ -55,7 +55,8 @@ void FeedFixture::ReceiveTitles(const Site& site, const Titles& titles)
 {
     std::string feed = "<rss><channel><title>Channel</title>\n";
     for (const std::string& title : titles)
-        feed += "<item><title>" + title + "</title><link>http://news.example/" + title + "</link></item>\n";
+        feed += ReplaceAll(
+            "<item><title>{T}</title><link>http://news.example/{T}</link></item>\n", "{T}", title);
     Receive(site, feed);
 }
 

@@ -1,14 +1,18 @@
 #pragma once
 
 #include "feeds/ItemStore.h"
+#include "feeds/NewsTree.h"
+#include "feeds/Site.h"
 #include "feeds/SiteOperations.h"
 #include "feeds/Sites.h"
+#include "platform/RegType.h"
 #include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 
 #include <cstddef>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>

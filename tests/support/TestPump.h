@@ -5,8 +5,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <utility>
 
 namespace vantro::test {
 

@@ -1,12 +1,18 @@
 #pragma once
 
 #include "feeds/PageDisplay.h"
+#include "feeds/Site.h"
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
 #include "tests/window/WindowTest.h"
 #include "toolkit/Browser.h"
 
+#include <chrono>
+#include <filesystem>
 #include <gtk/gtk.h>
+#include <memory>
+#include <optional>
+#include <string>
 #include <webkit2/webkit2.h>
 #include <wx/frame.h>
 #include <wx/sizer.h>
@@ -62,10 +68,10 @@ protected:
     void Begin(const Site& site, int item = 1)
     {
         went_.clear();
+        shown_ = false;
         // The display before, which this one ends, reports as well.
         ShowItemPage(site, *display_, std::string(site.prefix) + std::to_string(item),
             [this, mine = ++begun_] { shown_ = mine == begun_; });
-        shown_ = false;
     }
     void Show(const Site& site, int item = 1)
     {
