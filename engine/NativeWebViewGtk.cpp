@@ -7,6 +7,10 @@
 #include "engine/NativeZoomGtk.h"
 
 #include <gtk/gtk.h>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <wx/nativewin.h>
 
@@ -77,10 +81,7 @@ public:
     NativeWebViewGtk(const NativeWebViewGtk&) = delete;
     NativeWebViewGtk& operator=(const NativeWebViewGtk&) = delete;
 
-    wxWindow* Window() const override
-    {
-        return window_;
-    }
+    wxWindow* Window() const override { return window_; }
 
     std::string Normalized(const std::string& address) const override
     {
@@ -106,18 +107,15 @@ public:
         return webkit_web_view_get_is_web_process_responsive(view_) != FALSE;
     }
 
-    void EndProcess() override
-    {
-        webkit_web_view_terminate_web_process(view_);
-    }
+    void EndProcess() override { webkit_web_view_terminate_web_process(view_); }
 
     void LoadFrame(std::string_view frame, const std::string& address, bool replace) override
     {
         // Of the location of a stranger's page only these two may be used.
         const std::string script = "window.frames[" + Quoted(frame) + "].location"
             + (replace ? ".replace(" + Quoted(address) + ")" : " = " + Quoted(address)) + ";";
-        webkit_web_view_evaluate_javascript(view_, script.c_str(),
-            static_cast<gssize>(script.size()), nullptr, nullptr, nullptr, nullptr, nullptr);
+        webkit_web_view_evaluate_javascript(view_, script.c_str(), static_cast<gssize>(script.size()),
+            nullptr, nullptr, nullptr, nullptr, nullptr);
     }
 
     void Back() override
@@ -132,22 +130,15 @@ public:
             webkit_web_view_go_forward(view_);
     }
 
-    bool IsReplaced() const override
-    {
-        return watch_.IsReplaced();
-    }
+    bool IsReplaced() const override { return watch_.IsReplaced(); }
 
     void SetCookies(bool taken) override
     {
-        webkit_cookie_manager_set_accept_policy(
-            webkit_web_context_get_cookie_manager(engine_.get()),
+        webkit_cookie_manager_set_accept_policy(webkit_web_context_get_cookie_manager(engine_.get()),
             taken ? WEBKIT_COOKIE_POLICY_ACCEPT_ALWAYS : WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
     }
 
-    void SetSilent(bool silent) override
-    {
-        silent_ = silent ? TRUE : FALSE;
-    }
+    void SetSilent(bool silent) override { silent_ = silent ? TRUE : FALSE; }
 
 private:
     gpointer* WeakPointer() { return reinterpret_cast<gpointer*>(&view_); }
@@ -232,22 +223,22 @@ private:
                 return self->silent_;
             }));
         Connect("authenticate",
-            G_CALLBACK(
-                +[](WebKitWebView*, WebKitAuthenticationRequest* request, NativeWebViewGtk* self) -> gboolean {
-                    if (self->silent_ == FALSE)
-                        return FALSE;
-                    self->watch_.PasswordWanted();
-                    webkit_authentication_request_cancel(request);
-                    return TRUE;
-                }));
+            G_CALLBACK(+[](WebKitWebView*, WebKitAuthenticationRequest* request,
+                            NativeWebViewGtk* self) -> gboolean {
+                if (self->silent_ == FALSE)
+                    return FALSE;
+                self->watch_.PasswordWanted();
+                webkit_authentication_request_cancel(request);
+                return TRUE;
+            }));
         Connect("permission-request",
             G_CALLBACK(+[](WebKitWebView*, WebKitPermissionRequest* request, NativeWebViewGtk*) -> gboolean {
                 webkit_permission_request_deny(request);
                 return TRUE;
             }));
-        Connect("print", G_CALLBACK(+[](WebKitWebView*, WebKitPrintOperation*, NativeWebViewGtk*) -> gboolean {
-            return TRUE;
-        }));
+        Connect("print",
+            G_CALLBACK(
+                +[](WebKitWebView*, WebKitPrintOperation*, NativeWebViewGtk*) -> gboolean { return TRUE; }));
         Connect("run-file-chooser",
             G_CALLBACK(+[](WebKitWebView*, WebKitFileChooserRequest* request, NativeWebViewGtk*) -> gboolean {
                 webkit_file_chooser_request_cancel(request);

@@ -2,7 +2,9 @@
 
 #include <dlfcn.h>
 #include <future>
+#include <memory>
 #include <stdexcept>
+#include <string>
 
 namespace vantro {
 

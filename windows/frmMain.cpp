@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <wx/app.h>
@@ -173,16 +174,10 @@ void frmMain::LoadPages()
 {
     if (unloaded_)
         return;
-    web_ = std::make_unique<Browser>(
-        webPlace_, [this] { display_->BrowserLost(); },
-        BrowserSettings{.say = [this](const std::string& sentence) { SayMine(ofThePage_, sentence); }});
-    webPlace_->GetSizer()->Add(web_->Window(), 1, wxEXPAND);
-    webPlace_->Layout();
-    display_ = std::make_unique<PageDisplay>(*web_, Services(), runtime_.folder.Path());
-    ShowAboutPage(*display_);
-
+    const std::string failure = LoadBrowser();
     LoadStoredItems(Services());
-    web_->SetSilent(true);
+    if (web_)
+        web_->SetSilent(true);
     Update(); // the window paints before the network starts
     if (IsOn(runtime_.registry, kCheckAtStartup))
         refresh_->StartFeedDownloads();
@@ -193,8 +188,25 @@ void frmMain::LoadPages()
         runtime_.tree.Select(&first);
         runtime_.tree.SetExpanded(first, false);
     }
-    if (const std::string notice = runtime_.StartNotice(); !notice.empty())
-        Say(notice);
+    const std::string notice = runtime_.StartNotice();
+    if (!notice.empty() || !failure.empty())
+        Say(notice + (notice.empty() || failure.empty() ? "" : " ") + failure);
+}
+
+std::string frmMain::LoadBrowser()
+{
+    try {
+        web_ = std::make_unique<Browser>(
+            webPlace_, [this] { display_->BrowserLost(); },
+            BrowserSettings{.say = [this](const std::string& sentence) { SayMine(ofThePage_, sentence); }});
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    webPlace_->GetSizer()->Add(web_->Window(), 1, wxEXPAND);
+    webPlace_->Layout();
+    display_ = std::make_unique<PageDisplay>(*web_, Services(), runtime_.folder.Path());
+    ShowAboutPage(*display_);
+    return {};
 }
 
 void frmMain::Form_Unload()
