@@ -5,10 +5,12 @@
 #include "platform/Files.h"
 #include "settings/modRegistry.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,14 +27,17 @@ struct FeedItems {
 
 FeedItems TakeItems(const Site& site, std::string_view feedText)
 {
-    std::vector<std::string_view> texts = SplitItems(feedText, kMostItems + 1);
+    std::vector<std::string_view> elements;
+    for (const SiteField& field : site.taken)
+        elements.push_back(field.element);
+    const std::vector<std::string_view> rows = CutItems(feedText, kMostItems + 1, elements);
+    const std::size_t width = 1 + elements.size();
+    const std::size_t count = std::min(rows.size() / width, kMostItems);
     FeedItems items;
-    items.thereWereMore = texts.size() > kMostItems;
-    if (items.thereWereMore)
-        texts.pop_back();
-    items.taken.reserve(texts.size());
-    for (const std::string_view text : texts)
-        items.taken.push_back(TakeItem(site, text));
+    items.thereWereMore = rows.size() / width > count;
+    items.taken.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        items.taken.push_back(DecodeItem(std::span(rows).subspan(i * width + 1, elements.size())));
     return items;
 }
 

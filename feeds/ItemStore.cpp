@@ -1,7 +1,6 @@
 #include "feeds/ItemStore.h"
 
 #include "base/TextCoding.h"
-#include "feeds/modXML.h"
 #include "settings/modRegistry.h"
 
 #include <algorithm>
@@ -24,12 +23,12 @@ bool IsCredible(std::int32_t number, std::int32_t stored)
 
 } // namespace
 
-FeedItem TakeItem(const Site& site, std::string_view itemText)
+FeedItem DecodeItem(std::span<const std::string_view> fields)
 {
     FeedItem item;
-    item.fields.reserve(site.taken.size());
-    for (const SiteField& field : site.taken)
-        item.fields.push_back(DecodeFeedText(ExtractTag(field.element, itemText)));
+    item.fields.reserve(fields.size());
+    for (const std::string_view field : fields)
+        item.fields.push_back(DecodeFeedText(field));
     return item;
 }
 

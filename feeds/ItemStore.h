@@ -4,6 +4,7 @@
 #include "feeds/Site.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,9 +21,8 @@ struct FeedItem {
     [[nodiscard]] const std::string& Title() const { return fields.front(); }
 };
 
-// Takes the site's fields from the bytes of one item, each decoded by itself, so that a fault in one field
-// does no harm to another.
-[[nodiscard]] FeedItem TakeItem(const Site& site, std::string_view itemText);
+// Each field is decoded by itself, so that a fault in one does no harm to another.
+[[nodiscard]] FeedItem DecodeItem(std::span<const std::string_view> fields);
 
 // The stored items of one site, numbered from 1. A view over the registry that holds nothing itself.
 class ItemStore {
