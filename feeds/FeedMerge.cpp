@@ -54,11 +54,12 @@ std::optional<FeedItems> ReadItems(
 // The stored items that have a node; one without counts as not stored.
 std::vector<KeptItem> ReadKept(const Site& site, const FeedServices& services, std::int32_t count)
 {
-    const ItemStore store(services.registry, site);
+    std::vector<std::string> titles = ItemStore(services.registry, site).ReadTexts(count, "Title");
     std::vector<KeptItem> kept;
-    for (std::int32_t j = 1; j <= count; ++j) {
-        if (const NewsNode* node = services.tree.Find(NodeKey(site, j)))
-            kept.push_back({store.ReadText(j, "Title"), node->State()});
+    kept.reserve(titles.size());
+    for (std::int32_t j = 1; std::string & title : titles) {
+        if (const NewsNode* node = services.tree.Find(NodeKey(site, j++)))
+            kept.push_back({std::move(title), node->State()});
     }
     return kept;
 }
