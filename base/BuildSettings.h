@@ -11,7 +11,7 @@ struct BuildHost {
     std::string_view address;
 };
 
-// What was decided when the program was configured for building.
+// What was decided when the program was configured for building. There before any other global is made.
 struct BuildSettings {
     int versionMajor;
     int versionMinor;

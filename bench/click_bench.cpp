@@ -1,6 +1,7 @@
 // From the click on an unread item to its complete page, with a real window, engine and store, against what
 // the program promises. Needs a screen.
 
+#include "base/AsciiText.h"
 #include "bench/BenchFeed.h"
 #include "feeds/ItemTag.h"
 #include "feeds/PageDisplay.h"
@@ -110,9 +111,11 @@ public:
         registry_.CreateRegKey(RegRoot, RegPath);
         AddSiteRoots(tree_);
         for (const Site* site : Sites()) {
-            const char* date = site->identifier == "XBINS" ? "releasedate" : "date";
-            const std::string feed
-                = ReplaceAll(ReplaceAll(MakeFeed(0, kItems), "pubDate", date), "category", "homepage");
+            std::string feed = ReplaceAll(MakeFeed(0, kItems), "category", "homepage");
+            for (const PageField& field : site->page->fields) {
+                if (field.isDate)
+                    feed = ReplaceAll(std::move(feed), "pubDate", ToLowerAscii(field.value));
+            }
             if (const auto failure = ReplaceFile(folder_ / "feed.xml", feed))
                 Fail(*failure);
             MergeFeed(*site, Services(), folder_ / "feed.xml");

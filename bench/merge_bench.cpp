@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -223,7 +224,8 @@ std::string Plain(int count, int turn)
 std::string Colliding(int count, int turn)
 {
     static const std::vector<std::string> titles = CollidingTitles(40'000);
-    return FeedOf({titles.begin() + turn * count, titles.begin() + (turn + 1) * count});
+    const auto begin = titles.begin() + std::ptrdiff_t{turn} * count;
+    return FeedOf({begin, begin + count});
 }
 
 // The second and all later ones are new each time.

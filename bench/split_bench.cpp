@@ -89,8 +89,8 @@ Found ReadLibxml2(std::string_view feed)
 
 struct ExpatState {
     Found found;
-    bool in_item = false;
-    bool in_field = false;
+    bool inItem = false;
+    bool inField = false;
     std::string text;
 };
 
@@ -98,27 +98,27 @@ void XMLCALL Open(void* data, const XML_Char* name, const XML_Char** /*attribute
 {
     auto& state = *static_cast<ExpatState*>(data);
     if (std::strcmp(name, "item") == 0) {
-        state.in_item = true;
+        state.inItem = true;
         ++state.found.items;
     }
     for (const std::string_view element : kElements)
-        state.in_field |= state.in_item && name == element;
+        state.inField |= state.inItem && name == element;
     state.text.clear();
 }
 
 void XMLCALL Close(void* data, const XML_Char* name)
 {
     auto& state = *static_cast<ExpatState*>(data);
-    if (std::exchange(state.in_field, false))
+    if (std::exchange(state.inField, false))
         state.found.fields += state.text.empty() ? 0 : 1;
     if (std::strcmp(name, "item") == 0)
-        state.in_item = false;
+        state.inItem = false;
 }
 
 void XMLCALL TakeText(void* data, const XML_Char* text, int length)
 {
     auto& state = *static_cast<ExpatState*>(data);
-    if (state.in_field)
+    if (state.inField)
         state.text.append(text, static_cast<std::size_t>(length));
 }
 

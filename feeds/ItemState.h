@@ -8,7 +8,7 @@ namespace vantro {
 // The pictures a node of the news tree can have.
 enum class TreeImage { Vantro, XboxScene, Site, ItemUnread, ItemRead, New };
 
-// The picture's key, which is also the name of its resource.
+// The picture's key: the name of its resources of the type "icons" but for the size.
 [[nodiscard]] constexpr std::string_view ImageKey(TreeImage image)
 {
     switch (image) {
@@ -22,7 +22,8 @@ enum class TreeImage { Vantro, XboxScene, Site, ItemUnread, ItemRead, New };
     return {};
 }
 
-// What a node of the news tree shows of its item's state.
+// What a node of the news tree shows of its item's state. The tag of an item holds one of the markers of
+// modMain.h, unless the store holds another; that of a root is its site's display name.
 struct ItemState {
     TreeImage image = TreeImage::New;
     bool bold = true;

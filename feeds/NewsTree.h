@@ -26,7 +26,8 @@ struct NodeData {
     ItemState state;
 };
 
-// A node of the news tree. Only NewsTree changes it.
+// A node of the news tree. Only NewsTree changes it. A root stays for good; an item's node goes when its
+// branch is replaced, so whoever comes back to an item later holds a HeldItem.
 class NewsNode {
 public:
     [[nodiscard]] const std::string& Key() const { return data_.key; }
@@ -60,7 +61,8 @@ struct HeldItem {
 // REQUIRES: `item` is no root.
 [[nodiscard]] HeldItem Hold(const NewsNode& item);
 
-// Is told what has changed in the tree, after the change.
+// Is told what has changed in the tree, after the change and before the call that made it returns. It must
+// not change the tree meanwhile. A selection that a replaced branch takes along has no call of its own.
 class NewsTreeListener {
 public:
     virtual ~NewsTreeListener() = default;
@@ -78,6 +80,7 @@ public:
     // One listener, or null; it must outlive its attachment.
     void Attach(NewsTreeListener* listener) { listener_ = listener; }
 
+    // REQUIRES: no node has its key; the same holds for the keys below.
     NewsNode& AddRoot(NodeData data, std::optional<Colour> backColor);
     // Puts these item nodes in the place of all items of the branch. The selection stays with its story, and
     // goes to the root when that is gone.
@@ -90,6 +93,7 @@ public:
     [[nodiscard]] NewsNode* Find(const HeldItem& held) const;
     [[nodiscard]] const std::vector<std::unique_ptr<NewsNode>>& Roots() const { return roots_; }
 
+    // The listener is told when something has changed; of a state always.
     void SetCaption(NewsNode& node, std::string text, bool bold);
     void SetState(NewsNode& node, ItemState state);
     void SetExpanded(NewsNode& node, bool expanded);

@@ -32,8 +32,10 @@ public:
 
     // Shows the page of an item and marks it read; whatever a merge does meanwhile, it is the story that was
     // asked for. `shown` is called when the display has ended, well or not, or a newer page took its place. A
-    // node that is missing, or a story that is gone, ends it after the blank page.
+    // node that is missing, or a story that is gone, ends it after the blank page. What cannot be written or
+    // does not load is said, and no file stays behind.
     void ShowItemPage(const Site& site, std::string_view nodeKey, std::function<void()> shown);
+    // The same for a page of the program itself, without a blank page before it. `page` outlives this.
     void ShowInformationPage(const PageRecipe& page);
 
     // To be called when the engine behind the browser died: the page is shown again, but only once.

@@ -25,13 +25,13 @@ struct Replacement {
     std::string_view argument = {};
 };
 
-// A resource that is written as it is.
+// A resource of the page's type and this name, written as it is into the program's folder under `file`.
 struct SavedResource {
     std::string_view file;
     std::string_view name;
 };
 
-// A template that is filled and then written.
+// A template that is filled and then written, likewise.
 struct FilledTemplate {
     std::string_view file;
     std::string_view name;
@@ -44,10 +44,10 @@ struct PageField {
     bool isDate = false;
 };
 
-inline constexpr std::string_view kTitleFrame = "titleFrame";
-inline constexpr std::string_view kMainFrame = "mainFrame";
+inline constexpr std::string_view kTitleFrame = "titleFrame"; // the top frame of item pages
 
-// A page as data. All lists are in the order in which things are done.
+// A page as data. All lists are in the order in which things are done; what they and the pointers refer to
+// are constants that live as long as the program. SiteCheck.h says what has to fit together.
 struct PageRecipe {
     std::string_view resourceType;
     std::span<const SavedResource> saved;

@@ -13,12 +13,14 @@ namespace vantro {
 // Checks of pages and sites while they are compiled: static_assert(IsConsistent(...)) beside each. What is
 // wrong does not build, and the compiler's message shows the sentence of the check that failed.
 
+// What does not hold ends the compilation: a constant expression cannot throw.
 constexpr void Require(bool holds, const char* /*orElse*/)
 {
     if (!holds)
         throw false;
 }
 
+// Once, that is: a file written twice does not count.
 constexpr bool Writes(const PageRecipe& page, std::string_view file)
 {
     return std::ranges::count(page.saved, file, &SavedResource::file)
@@ -33,6 +35,7 @@ constexpr bool HasStep(const PageRecipe& page, PageValue value)
     });
 }
 
+// Under that name in any letter case, as the store compares names.
 constexpr bool Keeps(const Site& site, std::string_view value)
 {
     return std::ranges::any_of(
@@ -70,11 +73,14 @@ consteval bool IsConsistent(const PageRecipe& page)
     return true;
 }
 
+// Such as CutItems() takes.
 consteval bool IsCuttable(std::string_view element)
 {
     return !element.empty() && std::ranges::all_of(element, [](char c) { return c >= 'a' && c <= 'z'; });
 }
 
+// Of a site, its page and its options. What has to differ between sites, which are units of their own, the
+// tests check.
 consteval bool IsConsistent(const Site& site)
 {
     Require(site.prefix.size() == kPrefixLength, "the prefix has its length");

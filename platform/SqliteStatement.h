@@ -14,10 +14,12 @@ namespace vantro {
 
 using Database = Owned<sqlite3, sqlite3_close_v2>;
 
-// A prepared statement, kept for many runs. It must go before its database does.
+// A prepared statement, kept for many runs. It must go before its database does, and both belong to one
+// thread: the connection has no lock of its own.
 class SqliteStatement {
 public:
-    // `sql` is this program's own text: what comes from outside is given to Run().
+    // `sql` is this program's own text: what comes from outside is given to Run(). When it cannot be
+    // prepared, every run fails with the reason.
     SqliteStatement(sqlite3* database, std::string_view sql)
     {
         sqlite3_stmt* made = nullptr;
@@ -37,6 +39,7 @@ public:
         // SQLITE_ROW, SQLITE_DONE or the extended code of a failure.
         [[nodiscard]] int Code() const { return code_; }
         [[nodiscard]] bool HasRow() const { return code_ == SQLITE_ROW; }
+        // REQUIRES: HasRow(). After the last row Code() is SQLITE_DONE.
         void Next() { code_ = sqlite3_step(statement_); }
 
         // REQUIRES for all of these: HasRow().

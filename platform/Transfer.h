@@ -28,6 +28,7 @@ struct TransferSettings {
 // abandons what is in flight, at once: QUICK_EXIT leaves a stalled name lookup to end by itself.
 class Transfer {
 public:
+    // AwaitsConsent lasts from a redirect to Follow(). Ended is final: the last notification has been posted.
     enum class State { AsksProxies, Running, AwaitsConsent, Ended };
     // Called on the worker thread, also from inside libcurl: it only hands the notification over.
     // `isComplete` tells AsyncReadComplete from AsyncReadProgress.
@@ -44,11 +45,14 @@ public:
     Transfer& operator=(const Transfer&) = delete;
 
     [[nodiscard]] State Standing() const { return state_; }
-    // libcurl has finished the present hop with `code`.
+    // libcurl has finished the present hop with `code`. Ends the transfer, starts the next hop through
+    // another proxy, or posts the redirect that is to be followed.
     void HopEnded(CURLcode code);
-    // The client has seen the redirect and wants it.
+    // The client has seen the redirect and wants it. Nothing happens unless one is awaited; the same holds
+    // for an answer about proxies, which may come late.
     void Follow();
     void UseProxies(ProxyAnswer answer);
+    // Ends the transfer at once with an error that tells the client `sentence`.
     void Fail(const std::string& sentence);
     // Ends the transfer when its time is up: to be called from Deadline() on.
     void EndIfLate();

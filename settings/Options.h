@@ -19,6 +19,7 @@ enum class OptionKind : std::uint8_t {
 
 // All there is to an option: the number it is stored as, directly under the program's key, and its control in
 // the options dialog. No default is ever stored; what is missing is off, or no minutes.
+// Its texts live as long as the program.
 struct Option {
     std::string_view name; // of the stored value
     OptionKind kind;

@@ -12,15 +12,19 @@
 namespace vantro {
 
 // What a click on the news tree does: always to the node that is selected when the click arrives.
+// Interface thread only.
 class TreeClicks {
 public:
+    // Called from tv_Click() and by nothing else.
     struct Actions {
         std::function<void(const Site&, const std::string& nodeKey)> showPage;
-        std::function<void(bool markRead, bool markUnread)> showPopup; // which of the two entries are enabled
+        // Which of the two entries are enabled: never both, and none for a site.
+        std::function<void(bool markRead, bool markUnread)> showPopup;
         std::function<void(const std::string& text)> showMessage;
     };
     enum Button : std::int16_t { kNoButton = 0, kLeftButton = 1, kRightButton = 2 };
 
+    // `tree` outlives this.
     TreeClicks(NewsTree& tree, Actions actions) : tree_(tree), actions_(std::move(actions)) { }
 
     void tv_MouseDown(std::int16_t button) { LastButton = button; }

@@ -125,6 +125,7 @@ TEST_F(DownloadEngineTest, TreatsARedirectAsItsTwoFlagsSay)
 TEST_F(DownloadEngineTest, AFailureLeavesTheOldFileAndEndsWithErrorAndComplete)
 {
     temporary.Write("a", "old");
+    std::filesystem::create_directory(folder + "/d");
     const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
         {"/a", "", HttpText("200 OK"), "Error 3 Zero bytes retrieved"},
         {"/a", "", HttpText("404 Not Found", "?"), "Error 99 404 Not Found"},
@@ -132,6 +133,8 @@ TEST_F(DownloadEngineTest, AFailureLeavesTheOldFileAndEndsWithErrorAndComplete)
         {"/", "", HttpText("200 OK", "x"), "Error 4 Is a directory [" + folder + "/]"},
         {"/q?/..", "", HttpText("200 OK", "x"), "Error 4 Is a directory [" + folder + "/..]"},
         {"/a", "", HttpText("200 OK", std::string(9000, 'x')), "Error 4 File too large [" + folder + "/a]"},
+        {"/a", "", HttpText("200 OK", std::string(6000, 'x')), "Error 4 File too large [" + folder + "/a]"},
+        {"/d", "", HttpText("200 OK", "x"), "Error 4 Is a directory [" + folder + "/d]"},
     };
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
@@ -144,7 +147,7 @@ TEST_F(DownloadEngineTest, AFailureLeavesTheOldFileAndEndsWithErrorAndComplete)
         EXPECT_TRUE(Download(path).ends_with(error + " | Complete 0 | ")) << log;
         EXPECT_FALSE(engine->Saved());
         EXPECT_EQ(FileText("a"), "old");
-        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << error;
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2) << error;
     }
     setrlimit(RLIMIT_FSIZE, &before);
 }

@@ -34,8 +34,8 @@ TEST_F(ModRegistryTest, AValueReadsBackInTheTypeItWasWrittenWithAndAsTheOtherItS
         const RegValue read = WriteAndRead(value, RegType::Sz);
         EXPECT_TRUE(read == text && read == number && !read.IsNumber()) << text;
         EXPECT_EQ(read.IsEmpty(), value.IsEmpty());
-        const RegValue as_number = WriteAndRead(value, RegType::Dword);
-        EXPECT_TRUE(as_number == number && as_number.IsNumber()) << text;
+        const RegValue asNumber = WriteAndRead(value, RegType::Dword);
+        EXPECT_TRUE(asNumber == number && asNumber.IsNumber()) << text;
     }
     EXPECT_TRUE(WriteAndRead("left", RegType::Sz, "Software\\No such key").IsEmpty());
     EXPECT_EQ(store_.OpenKey("HKEY_LOCAL_MACHINE\\Software\\No such key"), 0);

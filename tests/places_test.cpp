@@ -71,10 +71,14 @@ TEST(Sites, ShareNoKeyHaveTheHostOfTheirOwnAndNumberTheirStripsInTheOrderOfTheLi
 {
     const TemporaryFolder temporary;
     std::set<std::string_view> keys;
+    for (const Option& option : kGeneralOptions)
+        keys.insert({option.name, option.control});
     int strips = 0;
     for (const Site* site : Sites()) {
         for (const auto key : {site->identifier, site->prefix, site->feedPath, site->page->shown})
             EXPECT_TRUE(keys.insert(key).second) << key;
+        for (const Option& option : site->optionFrame.options)
+            EXPECT_TRUE(keys.insert(option.name).second && keys.insert(option.control).second) << option.name;
         EXPECT_EQ(site->strip.value_or(strips), strips) << site->identifier;
         strips += site->strip ? 1 : 0;
         const fs::path ini

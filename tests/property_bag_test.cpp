@@ -1,4 +1,5 @@
 #include "downloader/PropertyBag.h"
+#include "downloader/SavedForm.h"
 
 #include <gtest/gtest.h>
 
@@ -23,6 +24,8 @@ TEST(PropertyBagTest, StoresWhatDiffersFromItsDefaultAndReadsItBackFromAForm)
     ASSERT_EQ(PrintSavedForm(read), form);
     EXPECT_FALSE(read[0].properties.ReadBool("ENABLED", true));
     EXPECT_EQ(read[0].properties.ReadString("FileURL", ""), "http://a.example/\"x\" = 'y'\xC3\xA9");
+    EXPECT_EQ(SavedProperties("frmMain", "download(9)").ReadInt32("BorderStyle", 1), 0);
+    EXPECT_EQ(SavedProperties("frmMain", "Vantro_Download").ReadInt32("BorderStyle", 1), 1);
 }
 
 } // namespace vantro

@@ -83,6 +83,9 @@ TEST_F(RegistryStoreTest, TheNextStartFindsEveryByteThatWasWritten)
 {
     for (const std::string& text : {""s, "zero\0byte"s, "\xff\xfe"s, std::string(64U << 20, 'x')}) {
         StoreOneItem(text);
+        Tell(file_, // an unmarked file, its tables written otherwise
+            "PRAGMA application_id=0; PRAGMA user_version=0; PRAGMA writable_schema=ON;"
+            "UPDATE sqlite_schema SET sql = replace(lower(sql), ', ', ' , ')");
         RegistryStore store(file_);
         EXPECT_TRUE(store.IsKept() && store.Notice().empty()) << store.Notice();
         EXPECT_TRUE(Get(store, "r\\1", "TAG") == text) << text.size();
@@ -146,6 +149,7 @@ TEST_F(RegistryStoreTest, WhatIsDamagedOrForeignIsSetAsideAndANewStoreBegun)
     const std::tuple<const char*, Spoil, std::string> cases[] = {
         {"zeroes", Overwrite(0, std::string(20'000, '\0')), damaged},
         {"rubbish behind a good head", Overwrite(4096, std::string(12'000, '\xaa')), damaged},
+        {"a format SQLite does not know", Overwrite(47, "\x09"), damaged},
         {"a cut-off file", [](const fs::path& file) { fs::resize_file(file, 8192); }, damaged},
         {"another column", Alter("ALTER TABLE reg_key ADD COLUMN more"), damaged},
         {"a trigger", Alter("CREATE TRIGGER t INSERT ON reg_key BEGIN SELECT 1; END"), damaged},
@@ -212,9 +216,9 @@ TEST_F(RegistryStoreTest, AStoreHeldByAnotherProgramIsWaitedForOnceAndNotTakenFo
 TEST_F(RegistryStoreTest, WhereNothingCanBeWrittenTheStoreLivesInMemoryWithWhatCanBeRead)
 {
     StoreOneItem();
-    for (const int file_mode : {0646, 0444}) {
-        SCOPED_TRACE(file_mode);
-        fs::permissions(file_, static_cast<fs::perms>(file_mode));
+    for (const int fileMode : {0646, 0444}) {
+        SCOPED_TRACE(fileMode);
+        fs::permissions(file_, static_cast<fs::perms>(fileMode));
         fs::permissions(folder_.Path(), static_cast<fs::perms>(0555));
         setfsuid(65534); // modes do not bind root; without effect for anybody else
         ExpectNotKept("The store cannot be written", "<READ>");

@@ -1,3 +1,4 @@
+#include "base/AsciiText.h"
 #include "base/TextCoding.h"
 
 #include <gtest/gtest.h>
@@ -41,6 +42,12 @@ TEST(TextCoding, ShowsTextOnOneLineOfLimitedLength)
     EXPECT_EQ(OneLine("a\u0085b\u2028\u2029 c\v\fd\u0081e", 20), "a b c d e");
     EXPECT_EQ(OneLine("\u202Ea\u2066b\u200F\u061Cc\u200Dd", 20), "abc\u200Dd");
     EXPECT_EQ(OneLine("a" + std::string(64, ' ') + "b", 4), "a …") << "no more is read than fits the line";
+}
+
+TEST(AsciiText, LowersLettersAloneAndTrimsBothEnds)
+{
+    EXPECT_EQ(ToLowerAscii("@AZ[az\xC3\x84"), "@az[az\xC3\x84");
+    EXPECT_TRUE(Trim(" \t").empty() && Trim("\ta b\r\n") == "a b");
 }
 
 } // namespace vantro

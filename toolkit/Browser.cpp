@@ -15,7 +15,6 @@ namespace {
 constexpr int kComplete = 4;
 constexpr int kLoading = 1;
 constexpr const char* kBlankPage = "about:blank";
-constexpr std::string_view kStoryFrame = "mainFrame";
 
 PagePart PartOf(std::string_view file, std::string bytes)
 {
@@ -54,7 +53,7 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
     };
     events.document = [this](const DocumentEnd& end) { DocumentCame(end); };
     events.wantsAll = [this](const std::string& address) {
-        CallAfter([this, address] { NavigateFrame(address, kStoryFrame); });
+        CallAfter([this, address] { NavigateFrame(address, kMainFrame); });
     };
     events.pressed = [this] { gate_.Pressed(); };
     events.clicked = [this](const std::string& link) { Clicked(link); };
@@ -183,7 +182,7 @@ bool Browser::Allow(const Navigation& navigation)
         }
         return true;
     case NavigationPolicy::Verdict::Follow:
-        CallAfter([this, address = decision.address] { NavigateFrame(address, kStoryFrame); });
+        CallAfter([this, address = decision.address] { NavigateFrame(address, kMainFrame); });
         return false;
     case NavigationPolicy::Verdict::OpenOutside: OpenOutside(decision.address); return false;
     case NavigationPolicy::Verdict::Refuse:
@@ -282,7 +281,7 @@ void Browser::Do(NativeWebView::Command command, const std::string& link)
     case NativeWebView::Command::Forward: native_->Forward(); break;
     case NativeWebView::Command::Reload:
         if (!followed_.empty())
-            native_->LoadFrame(kStoryFrame, followed_, true);
+            native_->LoadFrame(kMainFrame, followed_, true);
         break;
     case NativeWebView::Command::OpenOutside:
         gate_.Pressed();

@@ -46,6 +46,7 @@ public:
     Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings settings = {});
     ~Browser() override;
 
+    // For its place in `parent`, which owns it.
     [[nodiscard]] wxWindow* Window() const;
 
     void ShowBlank(LoadEnded ended) override;

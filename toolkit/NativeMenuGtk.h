@@ -8,6 +8,9 @@
 
 namespace vantro {
 
+// What the entries show, and what they do. Each entry keeps a copy of `command`, which goes with the menu,
+// and calls it when it is chosen: `link` is the address under the pointer, "" beside links and for the other
+// entries.
 struct ContextMenuState {
     bool canGoBack;
     bool canGoForward;

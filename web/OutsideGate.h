@@ -11,7 +11,9 @@ public:
     // The two presses of a double click, and the repeats of a key that is held, are closer together.
     static constexpr std::chrono::milliseconds kBetween{500};
 
+    // A button or key went down. Presses do not add up.
     void Pressed() { pressed_ = true; }
+    // Whether an address may go out at `now`; the press is used up then, and kept when it may not.
     [[nodiscard]] bool Opens(Clock::time_point now)
     {
         if (!pressed_ || (opened_ != Clock::time_point() && now - opened_ < kBetween))

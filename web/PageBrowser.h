@@ -14,6 +14,9 @@ namespace vantro {
 // The time that a page has to load, and the server of a followed link to answer. Sentences name it.
 inline constexpr std::chrono::seconds kLoadLimit{30};
 
+// The bottom frame of item pages, to which pages that are followed go.
+inline constexpr std::string_view kMainFrame = "mainFrame";
+
 // A page made of files of ours.
 struct LocalPage {
     std::uint64_t number; // of the display; no other one has it

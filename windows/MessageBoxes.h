@@ -12,7 +12,7 @@ class MessageDialog;
 
 // Shows message boxes with an OK button over the window, one at a time, and waits for none of them. There is
 // one box for each subject: a newer one takes its place, in sight or in the queue, so that an unattended
-// program does not pile them up.
+// program does not pile them up. Interface thread only.
 class MessageBoxes {
 public:
     struct Box {
@@ -22,6 +22,7 @@ public:
         bool stop = false; // with a stop icon
     };
 
+    // Boxes stand over the active window, over `parent` when there is none. `parent` outlives this.
     explicit MessageBoxes(wxWindow* parent) : parent_(parent) { }
 
     // Returns at once.

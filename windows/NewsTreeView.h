@@ -15,10 +15,10 @@
 namespace vantro {
 
 // The tree `tv` on the screen: shows the model and turns mouse and keyboard into clicks. Holds no state that
-// the model has.
+// the model has. Interface thread only.
 class NewsTreeView final : public wxDataViewCtrl, private NewsTreeListener {
 public:
-    // Attaches itself to `tree`; both `tree` and `clicks` outlive it.
+    // Attaches itself to `tree` for as long as it lives; both `tree` and `clicks` outlive it.
     NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks);
     ~NewsTreeView() override;
 

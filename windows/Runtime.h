@@ -15,6 +15,8 @@
 namespace vantro {
 
 // The running parts below the windows, in start order: what is listed first is opened first and closed last.
+// Interface thread only. Files that cannot be used keep it from nothing: the store lives in memory then,
+// pages and downloads fail, addresses are the built-in ones, and StartNotice() says so.
 class Runtime {
 public:
     // `wake` as for AsyncRead.

@@ -28,7 +28,9 @@ namespace vantro {
 
 class bkDLControl;
 
-// The main window: the news tree, the browser, the download strips, the status bar and the menus.
+// The main window: the news tree, the browser, the download strips, the status bar and the menus. Interface
+// thread only. Closing it stores its place, closes the options and destroys it from the event loop; a
+// download or page under way is abandoned.
 class frmMain final : public wxFrame {
 public:
     // What the menu entries send as wxEVT_MENU.

@@ -69,11 +69,11 @@ NewsNode& FeedFixture::Item(const Site& site, std::string_view title) const
     throw std::runtime_error("no item " + std::string(title));
 }
 
-Titles FeedFixture::ListTitles(const Site& site, bool unread_only) const
+Titles FeedFixture::ListTitles(const Site& site, bool unreadOnly) const
 {
     Titles titles;
     for (const auto& node : Root(site).Children()) {
-        if (!unread_only || IsUnread(node->Tag()))
+        if (!unreadOnly || IsUnread(node->Tag()))
             titles.push_back(node->Text());
     }
     return titles;

@@ -53,7 +53,7 @@ protected:
     NewsNode& Root(const Site& site) const { return *tree_->Find(site.identifier); }
     std::string Caption(const Site& site) const { return Root(site).Text(); }
     NewsNode& Item(const Site& site, std::string_view title) const;
-    Titles ListTitles(const Site& site, bool unread_only) const;
+    Titles ListTitles(const Site& site, bool unreadOnly) const;
     Titles TreeTitles(const Site& site) const { return ListTitles(site, false); }
     Titles UnreadTitles(const Site& site) const { return ListTitles(site, true); }
     std::string Stored(const Site& site, int item, std::string_view value) const
