@@ -5,10 +5,12 @@
 #include "platform/Files.h"
 #include "settings/modRegistry.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,14 +27,17 @@ struct FeedItems {
 
 FeedItems TakeItems(const Site& site, std::string_view feedText)
 {
-    std::vector<std::string_view> texts = SplitItems(feedText, kMostItems + 1);
+    std::vector<std::string_view> elements;
+    for (const SiteField& field : site.taken)
+        elements.push_back(field.element);
+    const std::vector<std::string_view> rows = CutItems(feedText, kMostItems + 1, elements);
+    const std::size_t width = 1 + elements.size();
+    const std::size_t count = std::min(rows.size() / width, kMostItems);
     FeedItems items;
-    items.thereWereMore = texts.size() > kMostItems;
-    if (items.thereWereMore)
-        texts.pop_back();
-    items.taken.reserve(texts.size());
-    for (const std::string_view text : texts)
-        items.taken.push_back(TakeItem(site, text));
+    items.thereWereMore = rows.size() / width > count;
+    items.taken.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        items.taken.push_back(DecodeItem(std::span(rows).subspan(i * width + 1, elements.size())));
     return items;
 }
 
@@ -49,11 +54,12 @@ std::optional<FeedItems> ReadItems(
 // The stored items that have a node; one without counts as not stored.
 std::vector<KeptItem> ReadKept(const Site& site, const FeedServices& services, std::int32_t count)
 {
-    const ItemStore store(services.registry, site);
+    std::vector<std::string> titles = ItemStore(services.registry, site).ReadTexts(count, "Title");
     std::vector<KeptItem> kept;
-    for (std::int32_t j = 1; j <= count; ++j) {
-        if (const NewsNode* node = services.tree.Find(NodeKey(site, j)))
-            kept.push_back({store.ReadText(j, "Title"), node->State()});
+    kept.reserve(titles.size());
+    for (std::int32_t j = 1; std::string & title : titles) {
+        if (const NewsNode* node = services.tree.Find(NodeKey(site, j++)))
+            kept.push_back({std::move(title), node->State()});
     }
     return kept;
 }

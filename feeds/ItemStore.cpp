@@ -1,7 +1,6 @@
 #include "feeds/ItemStore.h"
 
 #include "base/TextCoding.h"
-#include "feeds/modXML.h"
 #include "settings/modRegistry.h"
 
 #include <algorithm>
@@ -24,12 +23,12 @@ bool IsCredible(std::int32_t number, std::int32_t stored)
 
 } // namespace
 
-FeedItem TakeItem(const Site& site, std::string_view itemText)
+FeedItem DecodeItem(std::span<const std::string_view> fields)
 {
     FeedItem item;
-    item.fields.reserve(site.taken.size());
-    for (const SiteField& field : site.taken)
-        item.fields.push_back(DecodeFeedText(ExtractTag(field.element, itemText)));
+    item.fields.reserve(fields.size());
+    for (const std::string_view field : fields)
+        item.fields.push_back(DecodeFeedText(field));
     return item;
 }
 
@@ -62,34 +61,36 @@ void ItemStore::WriteTag(std::int32_t item, std::string_view tag)
     registry_.WriteRegValue(RegRoot, ItemKey(site_, item), kTag, std::string(tag), RegType::Sz);
 }
 
+std::vector<std::string> ItemStore::ReadTexts(std::int32_t count, std::string_view valueName) const
+{
+    std::vector<std::string> texts;
+    for (const RegValue& value : registry_.ReadRegList(RegRoot, SiteKey(site_), valueName, count))
+        texts.push_back(value.ToText());
+    return texts;
+}
+
 void ItemStore::Rewrite(
     std::int32_t oldCount, const std::vector<FeedItem>& items, const std::vector<ItemState>& states)
 {
-    for (std::int32_t j = 1; j <= oldCount; ++j)
-        registry_.DeleteRegKey(RegRoot, ItemKey(site_, j));
-    const std::string siteKey = SiteKey(site_);
-    if (const std::int32_t total = Total(); total > oldCount) {
-        for (const std::int32_t j : registry_.NumberedSubKeys(RegRoot, siteKey, total))
-            registry_.DeleteRegKey(RegRoot, ItemKey(site_, j));
+    std::vector<std::string_view> names;
+    std::vector<std::size_t> places; // of the stored fields in those taken
+    for (const SiteField& field : site_.stored) {
+        names.push_back(field.value);
+        const auto taken = std::ranges::find(site_.taken, field.value, &SiteField::value);
+        places.push_back(static_cast<std::size_t>(taken - site_.taken.begin()));
     }
-    registry_.DeleteRegKey(RegRoot, siteKey);
-    registry_.CreateRegKey(RegRoot, siteKey);
+    names.push_back(kTag);
+    std::vector<std::string_view> texts;
+    texts.reserve(items.size() * names.size());
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        for (const std::size_t place : places)
+            texts.push_back(items[i].fields[place]);
+        texts.push_back(states[i].tag);
+    }
+    const std::string siteKey = SiteKey(site_);
+    registry_.ReplaceRegList(RegRoot, siteKey, std::max(oldCount, Total()), names, texts);
     registry_.WriteRegValue(
         RegRoot, siteKey, kTotalItems, static_cast<std::int32_t>(items.size()), RegType::Dword);
-    for (std::size_t i = 0; i < items.size(); ++i)
-        WriteItem(static_cast<std::int32_t>(i + 1), items[i], states[i]);
-}
-
-void ItemStore::WriteItem(std::int32_t number, const FeedItem& item, const ItemState& state)
-{
-    const std::string key = ItemKey(site_, number);
-    registry_.CreateRegKey(RegRoot, key);
-    for (const SiteField& field : site_.stored) {
-        const auto taken = std::ranges::find(site_.taken, field.value, &SiteField::value);
-        registry_.WriteRegValue(RegRoot, key, field.value,
-            item.fields[static_cast<std::size_t>(taken - site_.taken.begin())], RegType::Sz);
-    }
-    registry_.WriteRegValue(RegRoot, key, kTag, state.tag, RegType::Sz);
 }
 
 } // namespace vantro

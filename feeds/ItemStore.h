@@ -4,6 +4,7 @@
 #include "feeds/Site.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,9 +21,8 @@ struct FeedItem {
     [[nodiscard]] const std::string& Title() const { return fields.front(); }
 };
 
-// Takes the site's fields from the bytes of one item, each decoded by itself, so that a fault in one field
-// does no harm to another.
-[[nodiscard]] FeedItem TakeItem(const Site& site, std::string_view itemText);
+// Each field is decoded by itself, so that a fault in one does no harm to another.
+[[nodiscard]] FeedItem DecodeItem(std::span<const std::string_view> fields);
 
 // The stored items of one site, numbered from 1. A view over the registry that holds nothing itself.
 class ItemStore {
@@ -35,16 +35,16 @@ public:
     // the number must be wrong. Then it is that of the last item that is stored.
     [[nodiscard]] std::int32_t Count() const;
     [[nodiscard]] std::string ReadText(std::int32_t item, std::string_view valueName) const;
+    // What ReadText() gives for the items 1 to `count`, in one go.
+    [[nodiscard]] std::vector<std::string> ReadTexts(std::int32_t count, std::string_view valueName) const;
     // Lost when there is no such item.
     void WriteTag(std::int32_t item, std::string_view tag);
     // Deletes the items 1 to `oldCount`, those beyond it that Total() covers, and the site key, then writes
-    // these items with their tags. Meant to stand in a batch.
+    // these items with their tags. REQUIRES: inside StoreTogether().
     void Rewrite(
         std::int32_t oldCount, const std::vector<FeedItem>& items, const std::vector<ItemState>& states);
 
 private:
-    void WriteItem(std::int32_t number, const FeedItem& item, const ItemState& state);
-
     modRegistry& registry_;
     const Site& site_;
 };

@@ -73,6 +73,12 @@ consteval bool IsConsistent(const PageRecipe& page)
     return true;
 }
 
+// Such as CutItems() takes.
+consteval bool IsCuttable(std::string_view element)
+{
+    return !element.empty() && std::ranges::all_of(element, [](char c) { return c >= 'a' && c <= 'z'; });
+}
+
 // Of a site, its page and its options. What has to differ between sites, which are units of their own, the
 // tests check.
 consteval bool IsConsistent(const Site& site)
@@ -81,9 +87,13 @@ consteval bool IsConsistent(const Site& site)
     Require(!site.host.ends_with('/') && site.feedPath.starts_with('/'), "the slash belongs to the path");
     Require(site.taken.front().value == "Title", "the title is taken first");
     Require(site.taken.size() == site.stored.size(), "as many fields are stored as are taken");
-    for (const SiteField& field : site.taken)
+    for (const SiteField& field : site.taken) {
         Require(
             std::ranges::count(site.stored, field.value, &SiteField::value) == 1, "what is taken is stored");
+        Require(std::ranges::count(site.taken, field.element, &SiteField::element) == 1
+                && field.element != "item" && IsCuttable(field.element),
+            "an element can be cut out of an item");
+    }
     for (const PageField& field : site.page->fields)
         Require(Keeps(site, field.value), "a value that the page reads is one that the site keeps");
     Require(std::ranges::count(site.page->fields, "Link", &PageField::value) == 1, "the page reads the link");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -15,5 +16,11 @@ namespace vantro {
 // "<item>", each ends with its "</item>", and each later one begins right behind the one before. A last item
 // that is not closed does not count. One pass, whatever the feed holds.
 [[nodiscard]] std::vector<std::string_view> SplitItems(std::string_view feedText, std::size_t most);
+
+// What SplitItems() gives and what ExtractTag() then gives for each of the elements, all in one pass: row by
+// row an item's text and what its elements hold. REQUIRES: the elements' names are in lower case without a
+// slash, none of them is "item", and no two are the same.
+[[nodiscard]] std::vector<std::string_view> CutItems(
+    std::string_view feedText, std::size_t most, std::span<const std::string_view> elements);
 
 } // namespace vantro

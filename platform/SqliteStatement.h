@@ -52,11 +52,13 @@ public:
             return sqlite3_column_type(statement_, column) == SQLITE_INTEGER;
         }
         // All bytes, zero bytes included.
-        [[nodiscard]] std::string Text(int column) const
+        [[nodiscard]] std::string Text(int column) const { return std::string(View(column)); }
+        // The same until the next row.
+        [[nodiscard]] std::string_view View(int column) const
         {
             const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column));
             const int size = sqlite3_column_bytes(statement_, column);
-            return bytes ? std::string(bytes, static_cast<std::size_t>(size)) : std::string();
+            return bytes ? std::string_view(bytes, static_cast<std::size_t>(size)) : std::string_view();
         }
 
     private:

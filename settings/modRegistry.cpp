@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 namespace vantro {
 
@@ -43,6 +45,22 @@ std::int32_t NumberAtStartOf(std::string_view text)
         return text.starts_with('-') ? std::numeric_limits<std::int32_t>::min()
                                      : std::numeric_limits<std::int32_t>::max();
     return number;
+}
+
+// QueryValueData() of a value that is there. `value` is Empty before.
+int Convert(RegistryStore::StoredValue&& stored, RegValue& value)
+{
+    if (auto* text = std::get_if<std::string>(&stored.data); text && stored.type == int(RegType::Sz)) {
+        if (!text->empty())
+            value = RegValue(std::move(*text));
+        return kDone;
+    }
+    if (const auto* number = std::get_if<std::int64_t>(&stored.data);
+        number && stored.type == int(RegType::Dword)) {
+        value = RegValue(Clamped(*number));
+        return kDone;
+    }
+    return kOtherType;
 }
 
 } // namespace
@@ -92,6 +110,24 @@ std::vector<std::int32_t> modRegistry::NumberedSubKeys(
     return store_.NumberedSubKeys(FullPath(root, keyPath), last);
 }
 
+std::vector<RegValue> modRegistry::ReadRegList(
+    RootKey root, std::string_view keyPath, std::string_view valueName, std::int32_t last)
+{
+    auto stored = store_.QueryList(FullPath(root, keyPath), valueName, last);
+    std::vector<RegValue> values(stored.size());
+    for (std::size_t i = 0; i < stored.size(); ++i) {
+        if (stored[i])
+            Convert(std::move(*stored[i]), values[i]);
+    }
+    return values;
+}
+
+void modRegistry::ReplaceRegList(RootKey root, std::string_view keyPath, std::int32_t last,
+    std::span<const std::string_view> valueNames, std::span<const std::string_view> texts)
+{
+    store_.ReplaceList(FullPath(root, keyPath), last, valueNames, texts);
+}
+
 std::optional<std::string> modRegistry::StoreTogether(const std::function<void()>& writes)
 {
     RegistryStore::Batch batch(store_);
@@ -116,19 +152,7 @@ int modRegistry::QueryValueData(RegistryStore::KeyId openKey, std::string_view v
 {
     value = RegValue();
     auto stored = store_.QueryValue(openKey, valueName);
-    if (!stored)
-        return kNoSuchValue;
-    if (auto* text = std::get_if<std::string>(&stored->data); text && stored->type == int(RegType::Sz)) {
-        if (!text->empty())
-            value = RegValue(std::move(*text));
-        return kDone;
-    }
-    if (const auto* number = std::get_if<std::int64_t>(&stored->data);
-        number && stored->type == int(RegType::Dword)) {
-        value = RegValue(Clamped(*number));
-        return kDone;
-    }
-    return kOtherType;
+    return stored ? Convert(std::move(*stored), value) : kNoSuchValue;
 }
 
 } // namespace vantro

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -69,6 +70,13 @@ public:
     // The sub-keys of `keyPath` that are named by a number from 1 to `last`, in ascending order.
     [[nodiscard]] std::vector<std::int32_t> NumberedSubKeys(
         RootKey root, std::string_view keyPath, std::int32_t last);
+
+    // Lists, as RegistryStore has them: what ReadRegValue() gives for each key, and ReplaceList() itself.
+    [[nodiscard]] std::vector<RegValue> ReadRegList(
+        RootKey root, std::string_view keyPath, std::string_view valueName, std::int32_t last);
+    // REQUIRES: inside StoreTogether().
+    void ReplaceRegList(RootKey root, std::string_view keyPath, std::int32_t last,
+        std::span<const std::string_view> valueNames, std::span<const std::string_view> texts);
 
     // Runs `writes` and stores all it writes, or nothing of it. Nothing on success, else the reason in a
     // sentence. Where nothing is written nothing fails but reading, and a read costs a third of what it does

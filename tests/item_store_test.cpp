@@ -110,6 +110,8 @@ TEST_F(ItemStoreTest, HasAsManyItemsAsAreStoredWhateverItsTotalSays)
         registry_->DeleteRegKey(RegRoot, ItemKey(modXBINS, 2));
         for (const char* name : {"\\2000000", "\\01", "\\+3", "\\-4", "\\5x", "\\2147483648"})
             registry_->CreateRegKey(RegRoot, site + name);
+        registry_->CreateRegKey(RegRoot, ItemKey(modXBINS, 1) + "\\x"); // so this one is never deleted
+        registry_->WriteRegValue(RegRoot, ItemKey(modXBINS, 1), "Of old", 1, RegType::Dword);
         registry_->WriteRegValue(RegRoot, site, "TotalItems", total, RegType::Dword);
         Restart();
         EXPECT_EQ(TreeTitles(modXBINS), titles);
@@ -117,6 +119,7 @@ TEST_F(ItemStoreTest, HasAsManyItemsAsAreStoredWhateverItsTotalSays)
         EXPECT_TRUE(Caption(modXBINS).ends_with(" Unread, " + std::to_string(total) + " Total)"));
         ReceiveTitles(modXBINS, {"D", "E"});
         EXPECT_EQ(registry_->NumberedSubKeys(RegRoot, site, kMost), left);
+        EXPECT_EQ(Stored(modXBINS, 1, "Of old") + Stored(modXBINS, 1, "Title"), "1D");
     }
 }
 

@@ -1,5 +1,7 @@
+#include "base/AsciiText.h"
 #include "feeds/modXML.h"
 
+#include <array>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <string>
@@ -24,8 +26,12 @@ TEST(ExtractTag, TakesWhatStandsBetweenTheFirstTagsOfAName)
              {"a longer name is another", "link", "<linked>a</linked><link>b</link>", "b"},
              {"a tab belongs to the name", "\ttitle", "<title>News</title>", ""},
              {"blanks alone are no name", "  ", "<>x</>", "x"},
-         })
+         }) {
         EXPECT_EQ(ExtractTag(tag, text), result) << name;
+        const std::string element = ToLowerAscii(Trim(tag, " "));
+        const std::string item = "<item>" + std::string(text) + "</item>";
+        EXPECT_EQ(CutItems(item, 1, std::array<std::string_view, 1>{element}), (Texts{item, result})) << name;
+    }
 }
 
 TEST(SplitItems, CutsAFeedIntoItsItems)
