@@ -5,8 +5,6 @@
 #include "web/WebAddress.h"
 
 #include <utility>
-#include <wx/log.h>
-#include <wx/utils.h>
 
 namespace vantro {
 
@@ -29,12 +27,6 @@ PagePart PartOf(std::string_view file, std::string bytes)
 }
 
 } // namespace
-
-bool OpenInDefaultProgram(const std::string& address)
-{
-    const wxLogNull noBox; // the caller says it
-    return wxLaunchDefaultBrowser(wxString::FromUTF8(address));
-}
 
 Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings settings)
     : lost_(std::move(lost)), settings_(std::move(settings)), limit_(this), answerLimit_(this)

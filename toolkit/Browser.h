@@ -1,5 +1,6 @@
 #pragma once
 
+#include "toolkit/DefaultProgram.h"
 #include "toolkit/NativeWebView.h"
 #include "web/DisplayAddress.h"
 #include "web/DocumentEnd.h"
@@ -23,10 +24,6 @@
 class wxWindow;
 
 namespace vantro {
-
-// Opens an address in the user's default browser, a mail address in the mail program. False when none could
-// be started.
-[[nodiscard]] bool OpenInDefaultProgram(const std::string& address);
 
 struct BrowserSettings {
     // Is told, from the event loop, what is to be said of the page shown; "" when what was said last no

@@ -75,6 +75,19 @@ public:
     virtual void SetSilent(bool silent) = 0;
 };
 
+// What the engine is to find in the environment. Programs that are opened outside are not to have it.
+struct EngineVariable {
+    const char* name;
+    const char* value;
+};
+inline constexpr EngineVariable kEngineEnvironment[] = {
+    // What these libraries keep would stay in the user's cache folder.
+    {"MESA_SHADER_CACHE_DISABLE", "true"},
+    {"GST_REGISTRY_DISABLE", "yes"},
+    // Nor is the graphics library started for a view that is drawn without it.
+    {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"},
+};
+
 // Begins to open the engine, in a thread of its own as it takes a tenth of a second. Once is enough.
 void OpenEngine();
 

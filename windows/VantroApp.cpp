@@ -13,9 +13,8 @@ namespace vantro {
 // The environment is changed here only, where there is no other thread yet.
 bool VantroApp::Initialize(int& count, wxChar** arguments)
 {
-    // What these libraries of the engine keep would stay in the user's cache folder.
-    wxSetEnv("MESA_SHADER_CACHE_DISABLE", "true");
-    wxSetEnv("GST_REGISTRY_DISABLE", "yes");
+    for (const EngineVariable& variable : kEngineEnvironment)
+        wxSetEnv(variable.name, variable.value);
     // The first program on a display would start the graphics library, which none of our windows draws by.
     const bool given = wxGetEnv("GDK_GL", nullptr);
     if (!given)
