@@ -22,6 +22,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <semaphore>
 #include <string>
@@ -224,7 +225,7 @@ std::string Plain(int count, int turn)
 std::string Colliding(int count, int turn)
 {
     static const std::vector<std::string> titles = CollidingTitles(40'000);
-    const auto begin = titles.begin() + std::ptrdiff_t{turn} * count;
+    const auto begin = std::next(titles.begin(), std::ptrdiff_t{turn} * count);
     return FeedOf({begin, begin + count});
 }
 
