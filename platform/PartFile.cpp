@@ -14,6 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr long kSmall = 1024L * 1024; // bytes
+
 std::string Describe(int number)
 {
     return std::generic_category().message(number);
@@ -65,7 +67,9 @@ void PartFile::Close()
     if (!file_)
         return;
     int error = std::fflush(file_.get()) == 0 ? 0 : errno;
-    if (error == 0) // where it is not supported, the rename does without
+    // A small file may be gone again before it ever needs the disk. Where this is not supported, the rename
+    // does without.
+    if (error == 0 && std::ftell(file_.get()) > kSmall)
         sync_file_range(fileno(file_.get()), 0, 0, SYNC_FILE_RANGE_WRITE);
     if (std::fclose(file_.release()) != 0 && error == 0)
         error = errno;

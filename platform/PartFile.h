@@ -23,8 +23,8 @@ public:
     [[nodiscard]] bool IsOpen() const { return file_ != nullptr; }
     // A failure is kept for SaveAs(), and what follows it is ignored.
     void Append(std::string_view bytes);
-    // Nothing is appended any more. The bytes are on their way to the disk afterwards: renaming a file makes
-    // some file systems see to that first, which takes tens of milliseconds for 64 MiB.
+    // Nothing is appended any more. If they are many, the bytes are on their way to the disk afterwards:
+    // renaming a file makes some file systems see to that first, which takes tens of milliseconds for 64 MiB.
     void Close();
     // Takes the place of `path`, or returns the description of the failure and leaves it as it was. A link
     // there is replaced, not followed. A path that ends in no name, "." or ".." is refused as a folder.
