@@ -2,6 +2,7 @@
 
 #include "downloader/PropertyBag.h"
 #include "platform/Files.h"
+#include "platform/PartFile.h"
 
 #include <utility>
 #include <variant>
@@ -132,7 +133,7 @@ bool DownloadEngine::BeginDownload(bool Wait)
 {
     if (downloading_ || saveFilePath_.empty() || fileUrl_.empty())
         return false;
-    const auto begun = reader_.Begin(fileUrl_, *this);
+    const auto begun = reader_.Begin(fileUrl_, *this, saveFilePath_);
     if (const auto* refused = std::get_if<ReadRefused>(&begun)) {
         HandleRefusedStart(*refused);
         return false;
@@ -247,7 +248,9 @@ void DownloadEngine::AsyncReadComplete(const AsyncProperty& property)
     }
     if (!redirectFile_.empty() && renameOnRedirect_)
         RenameForRedirect();
-    if (const auto failure = ReplaceFile(saveFileName_, property.Value)) {
+    const auto failure
+        = property.File ? property.File->SaveAs(saveFileName_) : ReplaceFile(saveFileName_, property.Value);
+    if (failure) {
         RaiseDLError(DownloadErrorCode::FileSave, *failure + " [" + saveFileName_ + "]");
         return;
     }

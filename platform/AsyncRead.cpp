@@ -40,6 +40,7 @@ public:
     // Interface thread.
     [[nodiscard]] bool IsUsable() const { return isUsable_; }
     void Give(ReadOrder order) { orders_->Give(std::move(order)); }
+    void Release(ReadNote& note);
     [[nodiscard]] NoteQueue& Notes() { return notes_; }
 
 private:
@@ -80,6 +81,12 @@ AsyncRead::Worker::~Worker()
 {
     thread_.request_stop();
     orders_->Close();
+}
+
+void AsyncRead::Worker::Release(ReadNote& note)
+{
+    if (note.isComplete)
+        Give({.kind = ReadOrder::Kind::Release, .ticket = note.ticket, .content = std::move(note.property)});
 }
 
 void AsyncRead::Worker::Run(const std::stop_token& stop)
@@ -126,11 +133,12 @@ std::unique_ptr<Transfer> AsyncRead::Worker::Begin(ReadOrder& order)
 {
     const auto ask = [this, ticket = order.ticket](const std::string& origin, std::stop_token stop) {
         proxies_.Ask(origin, std::move(stop), [orders = orders_, ticket](ProxyAnswer answer) {
-            orders->Give({ReadOrder::Kind::UseProxies, ticket, {}, std::move(answer)});
+            orders->Give(
+                {.kind = ReadOrder::Kind::UseProxies, .ticket = ticket, .proxies = std::move(answer)});
         });
     };
     return std::make_unique<Transfer>(
-        settings_, std::move(order.address),
+        settings_, std::move(order.address), std::move(order.folder),
         [this, ticket = order.ticket, flows = false](AsyncProperty&& property, bool isComplete) mutable {
             const bool isData = property.StatusCode == ReadStatusCode::DataArriving;
             notes_.Post({ticket, isComplete, std::move(property)}, isData && !std::exchange(flows, true));
@@ -156,6 +164,7 @@ void AsyncRead::Worker::Obey(Transfers& transfers)
             if (known != transfers.end())
                 transfers.erase(known);
             break;
+        case ReadOrder::Kind::Release: break; // goes with the order
         }
     }
 }
@@ -181,7 +190,8 @@ AsyncRead::AsyncRead(
 
 AsyncRead::~AsyncRead() = default;
 
-std::variant<ReadTicket, ReadRefused> AsyncRead::Begin(const std::string& address, AsyncReadClient& client)
+std::variant<ReadTicket, ReadRefused> AsyncRead::Begin(
+    const std::string& address, AsyncReadClient& client, const std::string& folder)
 {
     auto checked = CheckWebAddress(address);
     if (auto* refused = std::get_if<ReadRefused>(&checked))
@@ -190,7 +200,7 @@ std::variant<ReadTicket, ReadRefused> AsyncRead::Begin(const std::string& addres
         return ReadRefused{CURLE_FAILED_INIT, curl_easy_strerror(CURLE_FAILED_INIT)};
     const ReadTicket ticket = ++lastTicket_;
     clients_.emplace(ticket, &client);
-    worker_->Give({ReadOrder::Kind::Begin, ticket, std::move(std::get<std::string>(checked))});
+    worker_->Give({ReadOrder::Kind::Begin, ticket, std::move(std::get<std::string>(checked)), folder});
     return ticket;
 }
 
@@ -204,18 +214,21 @@ void AsyncRead::Deliver()
 {
     NoteQueue& notes = worker_->Notes();
     for (std::size_t waiting = notes.CountWaiting(); waiting > 0; --waiting) {
-        const std::optional<ReadNote> note = notes.Take();
+        std::optional<ReadNote> note = notes.Take();
         if (!note)
             return; // a Deliver() further down the stack took the rest
         const auto entry = clients_.find(note->ticket);
-        if (entry == clients_.end())
+        if (entry == clients_.end()) {
+            worker_->Release(*note);
             continue;
+        }
         AsyncReadClient& client = *entry->second;
         if (note->IsLast()) {
             clients_.erase(entry); // before the call: the client may go inside it
             notes.WakeForRest(); // before the call: the client may wait for another transfer inside it
             note->isComplete ? client.AsyncReadComplete(note->property)
                              : client.AsyncReadProgress(note->property);
+            worker_->Release(*note);
             return;
         }
         client.AsyncReadProgress(note->property);

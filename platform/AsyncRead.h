@@ -13,6 +13,8 @@
 
 namespace vantro {
 
+class PartFile;
+
 // Where a transfer stands. The numbers are those of the URL moniker's binding status, with 0 for an error.
 enum class ReadStatusCode : int {
     Error = 0, // `Value` holds the sentence; nothing follows
@@ -33,6 +35,7 @@ struct AsyncProperty {
     std::int32_t BytesRead = 0;
     std::int32_t BytesMax = 0;
     std::string Value = {}; // on completion the received content, on an error its description
+    std::shared_ptr<PartFile> File = {}; // on completion holds the content in place of `Value`: see Begin()
 };
 
 // Receives the notifications of its transfers, on the interface thread, inside AsyncRead::Deliver():
@@ -80,9 +83,10 @@ public:
     // as it is; what comes compressed all the same is decoded. Cookies live as long as the transfer.
     // Redirects are followed one by one: the next request is sent only after the client has seen the
     // Redirecting notification and has not cancelled. `client` must stay alive until the transfer ended or
-    // was cancelled.
+    // was cancelled. With a `folder` the content is written to a file there as it arrives, closed at the end;
+    // where none can be made, it is kept in memory all the same. What fails later shows when it is saved.
     [[nodiscard]] std::variant<ReadTicket, ReadRefused> Begin(
-        const std::string& address, AsyncReadClient& client);
+        const std::string& address, AsyncReadClient& client, const std::string& folder = {});
 
     // Stops a transfer: no notification of it follows, not even one already queued. An unknown ticket is
     // ignored.
@@ -90,8 +94,9 @@ public:
 
     // Hands the notifications that wait now to their clients, in order, up to the first that ends a transfer:
     // its client may have much to do, so the rest is left to another wake. What arrives meanwhile has its own
-    // wake, too. A client may begin or cancel transfers, and may call Deliver() again (through an event
-    // pump), from inside a notification.
+    // wake, too. Received content is destroyed by the worker, which takes long when it is much. A client may
+    // begin or cancel transfers, and may call Deliver() again (through an event pump), from inside a
+    // notification.
     void Deliver();
 
 private:

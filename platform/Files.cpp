@@ -3,6 +3,7 @@
 #include "base/Owned.h"
 #include "base/Resources.h"
 #include "base/TextCoding.h"
+#include "platform/PartFile.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -74,18 +75,9 @@ std::optional<FileError> WriteTextFile(const fs::path& path, std::string_view pa
 
 std::optional<std::string> ReplaceFile(const std::string& path, std::string_view bytes)
 {
-    const std::string name = path.substr(path.rfind('/') + 1);
-    if (name.empty() || name == "." || name == "..")
-        return Describe(EISDIR);
-    // Not the name with something added: that would be too long where the name itself just fits.
-    const std::string part = path.substr(0, path.size() - name.size()) + ".part-" + std::to_string(getpid());
-    DeleteFileIfExists(part);
-    int error = WriteNewFile(part, bytes);
-    if (error == 0 && std::rename(part.c_str(), path.c_str()) != 0) {
-        error = errno;
-        DeleteFileIfExists(part);
-    }
-    return error == 0 ? std::nullopt : std::optional(Describe(error));
+    PartFile part(fs::path(path).parent_path());
+    part.Append(bytes);
+    return part.SaveAs(path);
 }
 
 std::optional<std::string> ReadWholeFile(const fs::path& path)

@@ -27,9 +27,7 @@ void DeleteFileIfExists(const std::filesystem::path& path) noexcept;
     const std::filesystem::path& path, std::string_view pageText);
 
 // Makes the file `path` (in an existing folder) hold exactly `bytes`, or returns the description of the
-// failure and leaves it as it was: the bytes are first written beside it, under a short name of this process,
-// which does not stay behind. Not to be used by two threads at once. A link at `path` is replaced, not
-// followed. A path that ends in no name, "." or ".." is refused as a folder.
+// failure and leaves it as it was, by way of a PartFile.
 [[nodiscard]] std::optional<std::string> ReplaceFile(const std::string& path, std::string_view bytes);
 
 // The whole content of a file; nothing when it cannot be read.

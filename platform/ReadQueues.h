@@ -19,11 +19,13 @@ namespace vantro {
 
 // What the interface thread, or one that looked up proxies, wants of the worker of an AsyncRead.
 struct ReadOrder {
-    enum class Kind { Begin, Follow, Cancel, UseProxies };
+    enum class Kind { Begin, Follow, Cancel, UseProxies, Release };
     Kind kind;
     ReadTicket ticket;
     std::string address = {}; // of Begin
+    std::string folder = {}; // of Begin
     ProxyAnswer proxies = {}; // of UseProxies
+    AsyncProperty content = {}; // of Release
 };
 
 // What the worker has to tell a client.

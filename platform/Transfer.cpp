@@ -20,6 +20,7 @@ namespace {
 constexpr std::size_t kHeadLimit = 256UL * 1024; // bytes of header lines of one hop, interim answers included
 // Bytes a second. A server that drips a byte a second counts as silent, or its transfer would never end.
 constexpr long kSilentBelow = 10;
+constexpr long kPieceSize = 256L * 1024; // bytes taken from the network at once
 constexpr const char* kEndlessHead = "The header of the server's answer is too long";
 
 std::int32_t Clamp32(std::int64_t bytes)
@@ -30,8 +31,10 @@ std::int32_t Clamp32(std::int64_t bytes)
 
 } // namespace
 
-Transfer::Transfer(const TransferSettings& settings, std::string address, Post post, AskProxies askProxies)
+Transfer::Transfer(const TransferSettings& settings, std::string address, std::string folder, Post post,
+    AskProxies askProxies)
     : settings_(settings),
+      folder_(std::move(folder)),
       post_(std::move(post)),
       askProxies_(std::move(askProxies)),
       deadline_(std::chrono::steady_clock::now() + settings.limits.total),
@@ -77,6 +80,7 @@ void Transfer::SetUp()
     Set(CURLOPT_HTTPHEADER, headers_.get());
     Set(CURLOPT_ACCEPT_ENCODING, "identity"); // also makes libcurl decode whatever comes
     Set(CURLOPT_COOKIEFILE, ""); // cookies, kept in this handle
+    Set(CURLOPT_BUFFERSIZE, kPieceSize);
     Set(CURLOPT_PRIVATE, this);
     Set(CURLOPT_HEADERFUNCTION, &Transfer::TakeHeader);
     Set(CURLOPT_HEADERDATA, this);
@@ -202,20 +206,32 @@ bool Transfer::OnHeadComplete()
 
 bool Transfer::OnBody(std::string_view data)
 {
-    if (std::cmp_greater(data.size(), settings_.limits.size - static_cast<std::int64_t>(body_.size()))) {
+    if (std::cmp_greater(data.size(), settings_.limits.size - received_)) {
         stop_ = Stop::TooLarge;
         return false;
     }
-    body_.append(data);
+    Keep(data);
     post_(Progress(ReadStatusCode::DataArriving), false);
     return true;
 }
 
+void Transfer::Keep(std::string_view data)
+{
+    if (received_ == 0 && !folder_.empty()) {
+        auto file = std::make_shared<PartFile>(folder_);
+        if (file->IsOpen())
+            file_ = std::move(file);
+    }
+    if (file_)
+        file_->Append(data);
+    else
+        body_.append(data);
+    received_ += static_cast<std::int64_t>(data.size());
+}
+
 AsyncProperty Transfer::Progress(ReadStatusCode code) const
 {
-    return {.StatusCode = code,
-        .BytesRead = Clamp32(static_cast<std::int64_t>(body_.size())),
-        .BytesMax = Clamp32(answer_.Length())};
+    return {.StatusCode = code, .BytesRead = Clamp32(received_), .BytesMax = Clamp32(answer_.Length())};
 }
 
 void Transfer::HopEnded(CURLcode code)
@@ -240,6 +256,9 @@ void Transfer::HopEnded(CURLcode code)
         state_ = State::Ended;
         AsyncProperty end = Progress(ReadStatusCode::EndOfData);
         post_(AsyncProperty(end), false);
+        if (file_)
+            file_->Close();
+        end.File = std::move(file_);
         end.Value = std::move(body_);
         post_(std::move(end), true);
     }

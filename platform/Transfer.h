@@ -2,11 +2,13 @@
 
 #include "base/Owned.h"
 #include "platform/AsyncRead.h"
+#include "platform/PartFile.h"
 #include "platform/ProxyLookup.h"
 #include "web/HttpAnswer.h"
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <curl/curl.h>
 #include <functional>
 #include <memory>
@@ -37,9 +39,10 @@ public:
     // Asks for the proxies to use for a server; UseProxies() brings the answer, unless `stop` was requested.
     using AskProxies = std::function<void(const std::string& origin, std::stop_token stop)>;
 
-    // Starts reading `address`. `settings` must outlive the transfer. Without `askProxies` the environment
-    // decides about them.
-    Transfer(const TransferSettings& settings, std::string address, Post post, AskProxies askProxies);
+    // Starts reading `address`, into `folder` if that is not "". `settings` must outlive the transfer.
+    // Without `askProxies` the environment decides about them.
+    Transfer(const TransferSettings& settings, std::string address, std::string folder, Post post,
+        AskProxies askProxies);
     ~Transfer();
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
@@ -76,11 +79,13 @@ private:
     bool OnHeader(std::string_view line);
     bool OnHeadComplete();
     bool OnBody(std::string_view data);
+    void Keep(std::string_view data);
     void OnRedirect();
     [[nodiscard]] std::string Describe(CURLcode code) const;
     [[nodiscard]] AsyncProperty Progress(ReadStatusCode code) const;
 
     const TransferSettings& settings_;
+    const std::string folder_;
     const Post post_;
     const AskProxies askProxies_;
     const std::chrono::steady_clock::time_point deadline_;
@@ -98,7 +103,11 @@ private:
     Stop stop_ = Stop::None;
     std::size_t headSize_ = 0;
     bool addressReported_ = false;
-    std::string body_; // of a success alone, so only ever of the last hop
+
+    // The content: of a success alone, so only ever of the last hop.
+    std::int64_t received_ = 0; // bytes
+    std::shared_ptr<PartFile> file_; // made when the first byte comes
+    std::string body_; // when there is no file
 
     Owned<curl_slist, curl_slist_free_all> headers_;
     Owned<CURL, curl_easy_cleanup> easy_; // last: it points into what stands above

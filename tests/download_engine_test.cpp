@@ -89,6 +89,13 @@ TEST_F(DownloadEngineTest, TellsAWholeTransferAndReplacesALongerFile)
     server.Serve("/f/a.xml", "HTTP/1.1 200 OK\r\n\r\nsizeless");
     EXPECT_EQ(Download("/f/a.xml"), "Connected 127.0.0.1 | Size 0 | Begin | Progress 0 8 0 | Complete 8 | ");
     EXPECT_EQ(engine->MIMEType(), "") << "of the earlier one";
+    inside["Progress"] = [this] { engine->SetSaveFilePath("/dev/shm"); };
+    server.Serve("/" + temporary.Path().filename().string(), HttpText("200 OK", "elsewhere"));
+    EXPECT_TRUE(Begin("/" + temporary.Path().filename().string(), true)) << log;
+    EXPECT_EQ(ReadWholeFile(engine->SaveFileName()), "elsewhere");
+    DeleteFileIfExists(engine->SaveFileName());
+    inside.clear();
+    engine->SetSaveFilePath(folder);
     const std::string longest(255, 'n');
     server.Serve("/" + longest, HttpText("200 OK", "kept"));
     EXPECT_TRUE(Begin("/" + longest, true)) << log;
@@ -188,6 +195,9 @@ TEST_F(DownloadEngineTest, NothingFollowsACancel)
     EXPECT_EQ(FileText("a"), "(none)");
     inside["Size"] = [this] { pump.Close(); };
     EXPECT_FALSE(Begin("/a", true)) << "the program closes meanwhile";
+    engine.reset();
+    reader.reset();
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "the other's alone";
 }
 
 TEST_F(DownloadEngineTest, AnyHandlerMayDestroyTheEngine)

@@ -69,7 +69,7 @@ HttpServer::HttpServer()
 void HttpServer::Serve(const std::string& path, std::string text, Then then)
 {
     const std::lock_guard lock(mutex_);
-    answers_[path] = {std::move(text), then};
+    answers_[path] = {std::make_shared<const std::string>(std::move(text)), then};
 }
 
 std::string HttpServer::Address(const std::string& path) const
@@ -111,7 +111,7 @@ void HttpServer::Handle(int socket)
     ++answers_[path].hits;
     const auto [text, then, hits, ended] = answers_[path];
     lock.unlock();
-    if (Send(socket, text) && then != Then::Close) {
+    if ((!text || Send(socket, *text)) && then != Then::Close) {
         const std::string block(then == Then::Flood ? 64 * 1024 : 1, 'x');
         while (Wait(socket, static_cast<int>(then)) && Send(socket, block)) { }
     }

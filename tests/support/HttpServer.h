@@ -2,6 +2,7 @@
 
 #include <list>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -30,7 +31,7 @@ public:
 
 private:
     struct Answer {
-        std::string text;
+        std::shared_ptr<const std::string> text;
         Then then = Then::Close;
         int hits = 0;
         int ended = 0;
