@@ -197,7 +197,8 @@ TEST_F(DownloadEngineTest, NothingFollowsACancel)
     EXPECT_FALSE(Begin("/a", true)) << "the program closes meanwhile";
     engine.reset();
     reader.reset();
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "the other's alone";
+    for (const auto& left : std::filesystem::directory_iterator(folder)) // the last one may have come whole
+        EXPECT_FALSE(left.path().filename().string().starts_with(".part-")) << left.path();
 }
 
 TEST_F(DownloadEngineTest, AnyHandlerMayDestroyTheEngine)
