@@ -5,6 +5,7 @@
 #include "engine/NativeEngineGtk.h"
 #include "engine/NativeMenuGtk.h"
 #include "engine/NativeZoomGtk.h"
+#include "toolkit/WebEngine.h"
 
 #include <gtk/gtk.h>
 #include <memory>
@@ -324,14 +325,14 @@ private:
 
 } // namespace
 
+void vantro_prepare_engine()
+{
+    (void)SandboxWorks();
+}
+
+NativeWebView* vantro_new_view(wxWindow* parent, NativeWebView::Events* events)
+{
+    return new NativeWebViewGtk(parent, std::move(*events));
+}
+
 } // namespace vantro
-
-extern "C" void vantro_prepare_engine()
-{
-    (void)vantro::SandboxWorks();
-}
-
-extern "C" vantro::NativeWebView* vantro_new_view(wxWindow* parent, vantro::NativeWebView::Events* events)
-{
-    return new vantro::NativeWebViewGtk(parent, std::move(*events));
-}

@@ -20,11 +20,6 @@ namespace {
 
 using File = Owned<std::FILE, std::fclose>;
 
-std::string Describe(int number)
-{
-    return std::generic_category().message(number);
-}
-
 // Makes a file that is not there hold the bytes. The number of the error, and then it is not there; else 0.
 int WriteNewFile(const fs::path& path, std::string_view bytes)
 {
@@ -45,10 +40,16 @@ std::optional<FileError> WritePageFile(const fs::path& path, std::string_view by
     const int error = WriteNewFile(path, bytes);
     if (error == 0)
         return std::nullopt;
-    return FileError{error, "The file " + path.string() + " cannot be written: " + Describe(error) + "."};
+    return FileError{
+        error, "The file " + path.string() + " cannot be written: " + DescribeError(error) + "."};
 }
 
 } // namespace
+
+std::string DescribeError(int number)
+{
+    return std::generic_category().message(number);
+}
 
 void DeleteFileIfExists(const fs::path& path) noexcept
 {

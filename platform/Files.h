@@ -14,6 +14,9 @@ struct FileError {
 };
 inline constexpr int kFileAlreadyExists = 58;
 
+// What the system says of an error number (errno).
+[[nodiscard]] std::string DescribeError(int number);
+
 // Failures to delete are ignored.
 void DeleteFileIfExists(const std::filesystem::path& path) noexcept;
 

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace vantro {
@@ -15,11 +14,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr long kSmall = 1024L * 1024; // bytes
-
-std::string Describe(int number)
-{
-    return std::generic_category().message(number);
-}
 
 // Not the name of the file with something added: that would be too long where the name itself just fits.
 std::string NextName()
@@ -84,7 +78,7 @@ std::optional<std::string> PartFile::SaveAs(const std::string& path)
         Fail(EISDIR);
     Close();
     if (error_ != 0)
-        return Describe(error_);
+        return DescribeError(error_);
     replaced_ = open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
     if (std::rename(path_.c_str(), path.c_str()) == 0) {
         path_.clear();
@@ -94,13 +88,13 @@ std::optional<std::string> PartFile::SaveAs(const std::string& path)
     if (error == EXDEV && fs::path(path).parent_path() != path_.parent_path())
         return CopyTo(path);
     Fail(error);
-    return Describe(error);
+    return DescribeError(error);
 }
 
 std::optional<std::string> PartFile::CopyTo(const std::string& path) const
 {
     const auto content = ReadWholeFile(path_);
-    return content ? ReplaceFile(path, *content) : Describe(EIO);
+    return content ? ReplaceFile(path, *content) : DescribeError(EIO);
 }
 
 } // namespace vantro

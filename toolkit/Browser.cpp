@@ -2,6 +2,7 @@
 
 #include "base/TextCoding.h"
 #include "platform/Files.h"
+#include "toolkit/WebEngine.h"
 #include "web/WebAddress.h"
 
 #include <utility>

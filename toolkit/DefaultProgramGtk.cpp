@@ -1,7 +1,7 @@
 #include "toolkit/DefaultProgram.h"
 
 #include "base/Owned.h"
-#include "toolkit/NativeWebView.h"
+#include "toolkit/WebEngine.h"
 
 #include <gtk/gtk.h>
 #include <wx/log.h>

@@ -4,7 +4,6 @@
 #include "web/NavigationPolicy.h"
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -74,31 +73,5 @@ public:
     // "no").
     virtual void SetSilent(bool silent) = 0;
 };
-
-// What the engine is to find in the environment. Programs that are opened outside are not to have it.
-struct EngineVariable {
-    const char* name;
-    const char* value;
-};
-inline constexpr EngineVariable kEngineEnvironment[] = {
-    // What these libraries keep would stay in the user's cache folder.
-    {"MESA_SHADER_CACHE_DISABLE", "true"},
-    {"GST_REGISTRY_DISABLE", "yes"},
-    // Nor is the graphics library started for a view that is drawn without it.
-    {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"},
-};
-
-// Begins to open the engine, in a thread of its own as it takes a tenth of a second. Once is enough.
-void OpenEngine();
-
-// A view as a child of `parent`. Waits for the engine when it is not open yet. Throws std::runtime_error with
-// a sentence for the user when it cannot be opened.
-[[nodiscard]] std::unique_ptr<NativeWebView> NewNativeWebView(wxWindow* parent, NativeWebView::Events events);
-
-// What the engine's module exports, under the names that follow.
-using PrepareEngine = void(); // what takes time and may be done in any thread, once
-inline constexpr const char* kPrepareEngineName = "vantro_prepare_engine";
-using NewView = NativeWebView*(wxWindow* parent, NativeWebView::Events* events);
-inline constexpr const char* kNewViewName = "vantro_new_view";
 
 } // namespace vantro

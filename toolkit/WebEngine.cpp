@@ -1,5 +1,6 @@
-#include "toolkit/NativeWebView.h"
+#include "toolkit/WebEngine.h"
 
+#include <chrono>
 #include <dlfcn.h>
 #include <future>
 #include <memory>
@@ -9,6 +10,8 @@
 namespace vantro {
 
 namespace {
+
+using NewView = decltype(vantro_new_view);
 
 template <class Function>
 Function* Find(void* module, const char* name)
@@ -23,8 +26,8 @@ Function* Find(void* module, const char* name)
 NewView* Open()
 {
     void* module = dlopen(VANTRO_ENGINE_MODULE, RTLD_LAZY | RTLD_LOCAL);
-    Find<PrepareEngine>(module, kPrepareEngineName)();
-    return Find<NewView>(module, kNewViewName);
+    Find<decltype(vantro_prepare_engine)>(module, "vantro_prepare_engine")();
+    return Find<NewView>(module, "vantro_new_view");
 }
 
 // Process-wide, as the engine is; it cannot be closed either.
@@ -39,6 +42,11 @@ const std::shared_future<NewView*>& Opened()
 void OpenEngine()
 {
     (void)Opened();
+}
+
+bool IsEngineReady()
+{
+    return Opened().wait_for(std::chrono::seconds(0)) == std::future_status::ready;
 }
 
 std::unique_ptr<NativeWebView> NewNativeWebView(wxWindow* parent, NativeWebView::Events events)

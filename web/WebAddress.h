@@ -22,7 +22,7 @@ struct ReadRefused {
 [[nodiscard]] std::string HostOf(const std::string& address);
 
 // Whether `address` names a port that browsers open nothing at, because other services than the web's listen
-// there (https://fetch.spec.whatwg.org/#port-blocking). False when it is no address.
+// there (WHATWG Fetch Standard, section "Port blocking"). False when it is no address.
 [[nodiscard]] bool HasBarredPort(const std::string& address);
 
 // The server that `address` names, such as "http://a.example:8080/", without user, path and query; "" when

@@ -2,7 +2,7 @@
 
 #include "platform/IdleCall.h"
 #include "platform/Paths.h"
-#include "toolkit/NativeWebView.h"
+#include "toolkit/WebEngine.h"
 #include "windows/frmMain.h"
 
 #include <wx/log.h>

@@ -10,7 +10,7 @@
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
 #include "toolkit/ModalInput.h"
-#include "toolkit/NativeWebView.h"
+#include "toolkit/WebEngine.h"
 #include "windows/Icons.h"
 #include "windows/bkDLControl.h"
 
@@ -30,6 +30,7 @@ namespace vantro {
 
 namespace {
 
+constexpr int kEngineLook = 5; // milliseconds from one look for the engine to the next
 constexpr std::size_t kLongestMessage = 300; // characters in the status bar
 
 } // namespace
@@ -45,6 +46,7 @@ frmMain::frmMain(Runtime& runtime)
               }}),
       messages_(this),
       tmrDownload_(this),
+      tmrEngine_(this),
       tv_(new NewsTreeView(this, runtime.tree, clicks_)),
       picDownload_(
           new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "picDownload")),
@@ -135,6 +137,15 @@ void frmMain::BindEvents()
     on({mnuRefresh}, [this] { refresh_->StartFeedDownloads(); });
     Bind(
         wxEVT_TIMER, [this](wxTimerEvent&) { refresh_->tmrDownload_Timer(); }, tmrDownload_.GetId());
+    Bind(
+        wxEVT_TIMER,
+        [this](wxTimerEvent&) {
+            if (!IsEngineReady())
+                return;
+            tmrEngine_.Stop();
+            LoadPages();
+        },
+        tmrEngine_.GetId());
     Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { Form_Unload(); });
     HearCloseRequests(*this);
 }
@@ -147,8 +158,8 @@ void frmMain::Form_Load()
     tv_->SetFocus();
     Show();
     OpenEngine();
-    // The browser takes its time to come up; the window is there meanwhile.
-    CallAfter(&frmMain::LoadPages);
+    // The engine takes its time to come up; the window is there and paints meanwhile.
+    tmrEngine_.Start(kEngineLook);
 }
 
 void frmMain::InitGlobals()
