@@ -1,6 +1,5 @@
 #include "toolkit/WebEngine.h"
 
-#include <chrono>
 #include <dlfcn.h>
 #include <future>
 #include <memory>
@@ -42,11 +41,6 @@ const std::shared_future<NewView*>& Opened()
 void OpenEngine()
 {
     (void)Opened();
-}
-
-bool IsEngineReady()
-{
-    return Opened().wait_for(std::chrono::seconds(0)) == std::future_status::ready;
 }
 
 std::unique_ptr<NativeWebView> NewNativeWebView(wxWindow* parent, NativeWebView::Events events)

@@ -23,11 +23,8 @@ inline constexpr EngineVariable kEngineEnvironment[] = {
 // whole process: what is open stays open. Interface thread, as all below.
 void OpenEngine();
 
-// Whether NewNativeWebView() would return at once, be it with a failure.
-[[nodiscard]] bool IsEngineReady();
-
-// A view as a child of `parent`. Waits for the engine when it is not ready. Throws std::runtime_error with a
-// sentence for the user when it cannot be opened.
+// A view as a child of `parent`. Waits for the engine when it is not open yet. Throws std::runtime_error with
+// a sentence for the user when it cannot be opened.
 [[nodiscard]] std::unique_ptr<NativeWebView> NewNativeWebView(wxWindow* parent, NativeWebView::Events events);
 
 // What the engine's module exports.

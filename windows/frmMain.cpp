@@ -30,7 +30,6 @@ namespace vantro {
 
 namespace {
 
-constexpr int kEngineLook = 5; // milliseconds from one look for the engine to the next
 constexpr std::size_t kLongestMessage = 300; // characters in the status bar
 
 } // namespace
@@ -46,7 +45,6 @@ frmMain::frmMain(Runtime& runtime)
               }}),
       messages_(this),
       tmrDownload_(this),
-      tmrEngine_(this),
       tv_(new NewsTreeView(this, runtime.tree, clicks_)),
       picDownload_(
           new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "picDownload")),
@@ -137,15 +135,6 @@ void frmMain::BindEvents()
     on({mnuRefresh}, [this] { refresh_->StartFeedDownloads(); });
     Bind(
         wxEVT_TIMER, [this](wxTimerEvent&) { refresh_->tmrDownload_Timer(); }, tmrDownload_.GetId());
-    Bind(
-        wxEVT_TIMER,
-        [this](wxTimerEvent&) {
-            if (!IsEngineReady())
-                return;
-            tmrEngine_.Stop();
-            LoadPages();
-        },
-        tmrEngine_.GetId());
     Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { Form_Unload(); });
     HearCloseRequests(*this);
 }
@@ -158,8 +147,8 @@ void frmMain::Form_Load()
     tv_->SetFocus();
     Show();
     OpenEngine();
-    // The engine takes its time to come up; the window is there and paints meanwhile.
-    tmrEngine_.Start(kEngineLook);
+    // The browser takes its time to come up; the window is there meanwhile.
+    CallAfter(&frmMain::LoadPages);
 }
 
 void frmMain::InitGlobals()

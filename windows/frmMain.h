@@ -96,7 +96,6 @@ private:
     TreeClicks clicks_;
     MessageBoxes messages_;
     Timer tmrDownload_;
-    wxTimer tmrEngine_; // runs until the engine is ready
     std::unique_ptr<wxMenu> mnuPopup_;
 
     // Children, owned by the window library.
