@@ -3,6 +3,7 @@
 #include "platform/IdleCall.h"
 #include "platform/Paths.h"
 #include "platform/SessionBus.h"
+#include "toolkit/Fonts.h"
 #include "toolkit/WebEngine.h"
 #include "windows/frmMain.h"
 
@@ -25,6 +26,8 @@ bool VantroApp::Initialize(int& count, wxChar** arguments)
     const bool initialized = wxApp::Initialize(count, arguments);
     if (!given)
         wxUnsetEnv("GDK_GL"); // what is opened outside is to have it
+    if (initialized)
+        BeginToListFonts();
     return initialized;
 }
 
