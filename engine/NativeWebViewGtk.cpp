@@ -343,9 +343,9 @@ private:
 
 } // namespace
 
-void vantro_prepare_engine()
+bool vantro_prepare_engine()
 {
-    (void)SandboxWorks();
+    return SandboxWorks();
 }
 
 NativeWebView* vantro_new_view(wxWindow* parent, NativeWebView::Events* events)

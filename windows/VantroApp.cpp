@@ -1,7 +1,7 @@
 #include "windows/VantroApp.h"
 
 #include "platform/IdleCall.h"
-#include "platform/Paths.h"
+#include "platform/ProcessLimits.h"
 #include "platform/SessionBus.h"
 #include "toolkit/Fonts.h"
 #include "toolkit/WebEngine.h"
@@ -15,6 +15,8 @@ namespace vantro {
 // The environment is changed here only, where there is no other thread yet.
 bool VantroApp::Initialize(int& count, wxChar** arguments)
 {
+    MendFolderVariables();
+    RaiseFileLimit();
     for (const EngineVariable& variable : kEngineEnvironment)
         wxSetEnv(variable.name, variable.value);
     if (!IsSessionBusAnnounced())
@@ -42,14 +44,15 @@ bool VantroApp::OnInit()
         if (window_)
             window_->Close(true);
     });
-    instance_ = std::make_unique<SingleInstance>(DataFolder(), [this] {
+    instance_ = std::make_unique<SingleInstance>(folders_.data, [this] {
         if (window_)
             window_->BringToFront();
     });
     if (!instance_->IsFirst())
         return true; // nothing to run, and nothing went wrong
     // The window paints between the ends of two downloads.
-    runtime_ = std::make_unique<Runtime>([this] { CallSoon([this] { runtime_->reader.Deliver(); }); });
+    runtime_
+        = std::make_unique<Runtime>(folders_, [this] { CallSoon([this] { runtime_->reader.Deliver(); }); });
     window_ = new frmMain(*runtime_);
     window_->Form_Load();
     CallWhenIdle([this] { endRequests_->WatchSession(); });
