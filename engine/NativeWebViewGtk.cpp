@@ -5,6 +5,7 @@
 #include "engine/NativeEngineGtk.h"
 #include "engine/NativeMenuGtk.h"
 #include "engine/NativeZoomGtk.h"
+#include "engine/NetworkProcessGtk.h"
 #include "toolkit/WebEngine.h"
 
 #include <gtk/gtk.h>
@@ -95,6 +96,7 @@ public:
     {
         page_ = address;
         loads_ = true;
+        network_.Find();
         webkit_web_view_load_uri(view_, address.c_str());
     }
 
@@ -108,6 +110,8 @@ public:
     {
         return webkit_web_view_get_is_web_process_responsive(view_) != FALSE;
     }
+
+    void EndStoppedProcess() override { network_.EndIfStopped(); }
 
     void EndProcess() override { webkit_web_view_terminate_web_process(view_); }
 
@@ -301,6 +305,7 @@ private:
             gtk_widget_queue_draw(GTK_WIDGET(view));
         if (event != WEBKIT_LOAD_FINISHED)
             return;
+        self->network_.Find();
         // The view's own address is already that of the newest load when the end of an older one is reported.
         WebKitWebResource* document = webkit_web_view_get_main_resource(view);
         self->events_.finished(document != nullptr ? webkit_web_resource_get_uri(document) : kBlankPage);
@@ -334,6 +339,7 @@ private:
     WebKitWebView* view_; // becomes null when the window library destroys it
     wxWindow* window_;
     DocumentWatch watch_;
+    NetworkProcess network_{[this] { events_.networkLost(); }};
     std::string page_; // loaded last
     std::string pointedAt_; // the link under the mouse
     bool loads_ = false; // of the next load of the whole view: the program has asked for it
