@@ -156,7 +156,11 @@ public:
 private:
     FeedServices Services()
     {
-        return {registry_, tree_, [] {}, Fail};
+        return {registry_, tree_, [] {},
+            [](std::string_view, const std::string& sentence) {
+                if (!sentence.empty())
+                    Fail(sentence);
+            }};
     }
     static void Fail(const std::string& sentence)
     {

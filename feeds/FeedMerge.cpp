@@ -47,7 +47,8 @@ std::optional<FeedItems> ReadItems(
 {
     if (const std::optional<std::string> text = ReadWholeFile(file))
         return TakeItems(site, *text);
-    services.say("The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
+    services.say(
+        site.identifier, "The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
     return std::nullopt;
 }
 
@@ -96,7 +97,7 @@ Merged Merge(const Site& site, const FeedServices& services, const std::vector<F
     if (!plan.anythingNew)
         return Merged::NothingNew;
     if (failure) {
-        services.say(
+        services.say(site.identifier,
             "The news list of " + std::string(site.displayName) + " could not be stored: " + *failure);
         return Merged::NotStored;
     }
@@ -111,10 +112,13 @@ void MergeFeed(const Site& site, const FeedServices& services, const std::filesy
     const std::optional<FeedItems> items = ReadItems(site, services, file);
     const Merged merged = items ? Merge(site, services, items->taken) : Merged::NothingNew;
     DeleteFileIfExists(file);
+    if (items && merged != Merged::NotStored)
+        services.say(site.identifier, {});
     if (items && items->thereWereMore && merged != Merged::NotStored) {
         const std::string most = std::to_string(kMostItems);
-        services.say(std::string(site.displayName) + " sent more than " + most + " items; the first " + most
-            + " were taken.");
+        services.say(site.identifier,
+            std::string(site.displayName) + " sent more than " + most + " items; the first " + most
+                + " were taken.");
     }
     if (merged == Merged::NewList)
         UpdateSiteCounts(site, services);

@@ -23,6 +23,7 @@ namespace {
 // fault.
 constexpr std::chrono::seconds kTooSoon(3);
 constexpr int kTries = 2;
+constexpr std::string_view kSubject = "page";
 
 } // namespace
 
@@ -61,7 +62,7 @@ void PageDisplay::BrowserLost(Clock::time_point now)
     triedAt_ = now;
     if (triesInARow_ > kTries) {
         DeleteFiles();
-        services_.say("The page cannot be shown: the browser engine stopped again and again.");
+        services_.say(kSubject, "The page cannot be shown: the browser engine stopped again and again.");
         End();
         return;
     }
@@ -74,6 +75,7 @@ void PageDisplay::Begin(Request request)
     End();
     request_ = std::move(request);
     triesInARow_ = 0;
+    services_.say(kSubject, {});
     Start();
 }
 
@@ -171,7 +173,7 @@ bool PageDisplay::WriteFiles(const Values& values)
         error = WriteTextFile(folder_ / filled.file, text);
     }
     if (error)
-        services_.say("The page cannot be shown. " + error->sentence);
+        services_.say(kSubject, "The page cannot be shown. " + error->sentence);
     return !error;
 }
 
@@ -199,10 +201,10 @@ void PageDisplay::FilesLoaded(PageBrowser::LoadEnd end)
             browser_.NavigateFrame(autoLink_, kMainFrame);
         break;
     case PageBrowser::LoadEnd::Failed:
-        services_.say("The page cannot be shown: the browser could not load it.");
+        services_.say(kSubject, "The page cannot be shown: the browser could not load it.");
         break;
     case PageBrowser::LoadEnd::TimedOut:
-        services_.say("The page did not finish loading within " + TimeText(kLoadLimit) + ".");
+        services_.say(kSubject, "The page did not finish loading within " + TimeText(kLoadLimit) + ".");
         break;
     }
     End();

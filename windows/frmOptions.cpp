@@ -55,7 +55,7 @@ wxRect InPixels(const Rectangle& place, TwipsPerPixel scale)
 } // namespace
 
 frmOptions::frmOptions(wxWindow* parent, modRegistry& registry, std::function<void()> startRefreshTimer,
-    std::function<void()> stopRefreshTimer, std::function<void(const std::string&)> say)
+    std::function<void()> stopRefreshTimer, decltype(FeedServices::say) say)
     : wxDialog(
         parent, wxID_ANY, "Options", wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE, "frmOptions"),
       registry_(registry),
@@ -194,8 +194,8 @@ void frmOptions::FillMinutesBox(const CheckBox& row)
 
 void frmOptions::Store(const char* what, const std::function<void()>& writes)
 {
-    if (const auto failure = registry_.StoreTogether(writes))
-        say_(std::string(what) + " could not be stored: " + *failure);
+    const auto failure = registry_.StoreTogether(writes);
+    say_(what, failure ? std::string(what) + " could not be stored: " + *failure : "");
 }
 
 void frmOptions::CheckBox_Click(const CheckBox& row)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Twips.h"
+#include "feeds/SiteOperations.h"
 
 #include <functional>
 #include <string>
@@ -27,7 +28,7 @@ public:
     // `startRefreshTimer` when periodic checking is on. What cannot be stored, now or later, is told to `say`
     // in a sentence. `registry` and whatever the functions use must outlive the dialog.
     frmOptions(wxWindow* parent, modRegistry& registry, std::function<void()> startRefreshTimer,
-        std::function<void()> stopRefreshTimer, std::function<void(const std::string&)> say);
+        std::function<void()> stopRefreshTimer, decltype(FeedServices::say) say);
 
 private:
     // The windows are owned by the toolkit.
@@ -61,7 +62,7 @@ private:
     modRegistry& registry_;
     std::function<void()> startRefreshTimer_;
     std::function<void()> stopRefreshTimer_;
-    std::function<void(const std::string&)> say_;
+    decltype(FeedServices::say) say_;
     std::vector<Frame> frames_;
     std::vector<CheckBox> checkBoxes_; // of all frames, in the order in which they are filled
 };
