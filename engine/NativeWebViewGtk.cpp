@@ -75,6 +75,7 @@ public:
     ~NativeWebViewGtk() override
     {
         *serve_ = nullptr;
+        DeleteSandboxFiles();
         g_signal_handlers_disconnect_by_data(engine_.get(), this);
         if (view_ == nullptr)
             return;
