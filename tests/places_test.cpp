@@ -3,12 +3,14 @@
 #include "feeds/HostsFile.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
+#include "platform/ProcessLimits.h"
 #include "platform/SingleInstance.h"
 #include "tests/support/FeedFixture.h"
 
 #include <cstdlib>
 #include <glib.h>
 #include <set>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace vantro {
@@ -31,6 +33,19 @@ TEST(Paths, FollowTheBaseDirectoryRules)
         const fs::path named(std::getenv(variable));
         EXPECT_TRUE(named.is_absolute() && (fs::is_directory(named) || !fs::exists(named))) << variable;
     }
+}
+
+TEST(ProcessLimits, WhatIsLackingIsSaidAndTheSoftLimitOfFilesIsRaised)
+{
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit low{48, usual.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &low);
+    EXPECT_TRUE(WhatIsLacking({64, 4, 4})) << "the limit";
+    EXPECT_TRUE(WhatIsLacking({32, 48, 4})) << "some are open";
+    RaiseFileLimit();
+    EXPECT_FALSE(WhatIsLacking({64, 48, 4}));
+    setrlimit(RLIMIT_NOFILE, &usual);
 }
 
 TEST(RunFolder, IsPrivateGoesAtTheEndClearsUpAfterAKilledRunAndSaysWhenItCannotBeMade)
