@@ -42,10 +42,8 @@ bool VantroApp::OnInit()
         if (window_)
             window_->Close(true);
     });
-    instance_ = std::make_unique<SingleInstance>(DataFolder(), [this] {
-        if (window_)
-            window_->BringToFront();
-    });
+    instance_ = std::make_unique<SingleInstance>(
+        DataFolder(), [this] { return window_ && window_->BringToFront(); });
     if (!instance_->IsFirst())
         return true; // nothing to run, and nothing went wrong
     // The window paints between the ends of two downloads.

@@ -260,11 +260,14 @@ void frmMain::ShowPage(const Site& site, const std::string& nodeKey)
         ShowItemPage(site, *display_, nodeKey, [this, &site] { UpdateSiteCounts(site, Services()); });
 }
 
-void frmMain::BringToFront()
+bool frmMain::BringToFront()
 {
+    if (unloaded_)
+        return false;
     Iconize(false);
     Show();
     Raise();
+    return true;
 }
 
 void frmMain::Say(const std::string& text)
