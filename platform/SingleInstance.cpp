@@ -1,6 +1,7 @@
 #include "platform/SingleInstance.h"
 
 #include "base/Owned.h"
+#include "platform/Descriptor.h"
 #include "platform/PrivateFolder.h"
 
 #include <cerrno>
@@ -27,31 +28,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kPatience{3000};
 constexpr std::chrono::milliseconds kPause{10}; // between two tries for the lock
-
-// An open descriptor, or none.
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : number_(number) { }
-    ~Descriptor()
-    {
-        if (number_ >= 0)
-            close(number_);
-    }
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) { }
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int Number() const { return number_; }
-    [[nodiscard]] bool IsOpen() const { return number_ >= 0; }
-
-private:
-    int number_;
-};
 
 // A name without a file: it is free again as soon as the process that holds it has ended, however it ended.
 struct Address {

@@ -193,6 +193,11 @@ void frmMain::LoadPages()
         runtime_.tree.Select(&first);
         runtime_.tree.SetExpanded(first, false);
     }
+    runtime_.store.Watch({[this](const std::string& sentence) { Say(sentence); },
+        [this] {
+            LoadStoredItems(Services());
+            RefreshAllSiteCounts(Services());
+        }});
     const std::string notice = runtime_.StartNotice();
     if (!notice.empty() || !failure.empty())
         Say(notice + (notice.empty() || failure.empty() ? "" : " ") + failure);
