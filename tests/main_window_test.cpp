@@ -137,6 +137,7 @@ TEST_F(MainWindowTest, LivesByKeyboardAlone)
             && runtime->tree.Find("maxc2") != nullptr && runtime->tree.Find("vant2") != nullptr;
     }));
     EXPECT_TRUE(runtime->tree.Find("XBOXSCENE")->Expanded());
+    EXPECT_NE(server.LastRequest().find("User-Agent: Vantro/1.0\r\n"), std::string::npos);
 
     Press("Down Down Return"); // the second item of the own feed's open branch
     ASSERT_TRUE(PumpUntil([this] { return Caption("VANTRO") == "Vantro (1 New, 1 Unread, 2 Total)"; }));
