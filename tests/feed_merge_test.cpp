@@ -117,6 +117,29 @@ TEST_F(FeedMergeTest, TakesTheFirstItemsOfAFeedWithTooManyAndSaysSo)
     EXPECT_EQ(TreeTitles(modXBOXSCENE), Titles(titles.begin(), titles.end() - 1));
 }
 
+TEST_F(FeedMergeTest, TakesTheBeginningsOfTextsThatAreTooLongAndTheItemsThatFit)
+{
+    const std::string most(kLongestText - 1, 'x');
+    const auto item = [](const std::string& title, const std::string& text) {
+        return "<item><title>" + title + "</title><description>" + text + "</description></item>";
+    };
+    const std::string cut = "Vantro sent a text of more than 1 MiB; its beginning was taken.";
+    Receive(modVANTRO, item("A", most + "y") + item("B", "b"));
+    EXPECT_EQ(said_, Titles{});
+    Receive(modVANTRO, item("C", most + "\u00e9 and more") + item("B", "b"));
+    EXPECT_EQ(Stored(modVANTRO, 1, "Description"), most) << "no half of a letter";
+    EXPECT_EQ(std::exchange(said_, {}), Titles{cut});
+    std::string feed;
+    for (char title = 'a'; title <= 'k'; ++title)
+        feed += item({title}, most + "y");
+    Receive(modVANTRO, feed);
+    EXPECT_EQ(TreeTitles(modVANTRO), (Titles{"a", "b", "c", "d", "e", "f", "g"}));
+    Receive(modVANTRO, item("n", "n") + item("o", std::string(kMostRead, 'x')));
+    EXPECT_EQ(TreeTitles(modVANTRO), (Titles{"n"}));
+    const std::string tooMuch = "Vantro sent too much text; its last items were left out.";
+    EXPECT_EQ(said_, (Titles{tooMuch, tooMuch}));
+}
+
 TEST_F(FeedMergeTest, LeavesStoreAndTreeAloneOnFeedsWithoutItems)
 {
     ReceiveTitles(modVANTRO, {"A"});
