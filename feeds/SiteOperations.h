@@ -28,8 +28,8 @@ struct FeedServices {
 
 // What of a feed is taken at most, so that none holds the window for long: items, bytes of all their texts,
 // and bytes of one text, which is cut. What lies behind the first kMostRead bytes of the file is not read.
-inline constexpr std::size_t kMostItems = 20'000;
-inline constexpr std::size_t kMostText = 8UL * 1024 * 1024;
+inline constexpr std::size_t kMostItems = 10'000;
+inline constexpr std::size_t kMostText = 4UL * 1024 * 1024;
 inline constexpr std::size_t kLongestText = 1UL * 1024 * 1024;
 inline constexpr std::size_t kMostRead = 2 * kMostText;
 
