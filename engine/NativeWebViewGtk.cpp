@@ -68,6 +68,7 @@ public:
         ConnectInput();
         ConnectZoom(view_);
         ConnectRequests();
+        ConnectDrawing();
     }
 
     ~NativeWebViewGtk() override
@@ -166,6 +167,7 @@ private:
             this);
         Connect("web-process-terminated",
             G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason why, NativeWebViewGtk* self) {
+                self->comesUp_ = TRUE;
                 if (why != WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
                     self->events_.processLost();
             }));
@@ -247,6 +249,19 @@ private:
             }));
     }
 
+    // Asked to draw, the view waits up to half a second for the process of the pages, which while it comes up
+    // waits for us: it is not asked before it has begun to show something.
+    void ConnectDrawing()
+    {
+        Connect("draw", G_CALLBACK(+[](GtkWidget*, cairo_t* canvas, NativeWebViewGtk* self) -> gboolean {
+            if (self->comesUp_ != FALSE) {
+                cairo_set_source_rgb(canvas, 1, 1, 1);
+                cairo_paint(canvas);
+            }
+            return self->comesUp_;
+        }));
+    }
+
     static gboolean OnDecidePolicy(WebKitWebView* /*view*/, WebKitPolicyDecision* decision,
         WebKitPolicyDecisionType type, NativeWebViewGtk* self)
     {
@@ -282,6 +297,8 @@ private:
             webkit_web_view_stop_loading(view);
             self->events_.wantsAll(address);
         }
+        if (event == WEBKIT_LOAD_COMMITTED && std::exchange(self->comesUp_, FALSE) != FALSE)
+            gtk_widget_queue_draw(GTK_WIDGET(view));
         if (event != WEBKIT_LOAD_FINISHED)
             return;
         // The view's own address is already that of the newest load when the end of an older one is reported.
@@ -321,6 +338,7 @@ private:
     std::string pointedAt_; // the link under the mouse
     bool loads_ = false; // of the next load of the whole view: the program has asked for it
     gboolean silent_ = FALSE;
+    gboolean comesUp_ = TRUE; // the process of the pages, from its start to its first page
 };
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "feeds/SiteOperations.h"
 #include "settings/Options.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -17,12 +18,14 @@ void LoadSiteItems(const Site& site, const FeedServices& services)
     const std::int32_t count = store.Count();
     if (root == nullptr || count <= 0)
         return;
+    std::vector<std::string> titles = store.ReadTexts(count, "Title");
+    std::vector<std::string> tags = store.ReadTexts(count, "Tag");
     std::vector<NodeData> items;
-    for (std::int32_t i = 1; i <= count; ++i) {
-        std::string tag = store.ReadText(i, "Tag");
-        const bool unread = IsUnread(tag);
-        items.push_back({NodeKey(site, i), store.ReadText(i, "Title"),
-            {unread ? TreeImage::ItemUnread : TreeImage::ItemRead, unread, std::move(tag)}});
+    items.reserve(titles.size());
+    for (std::size_t i = 0; i < titles.size(); ++i) {
+        const bool unread = IsUnread(tags[i]);
+        items.push_back({NodeKey(site, static_cast<std::int32_t>(i + 1)), std::move(titles[i]),
+            {unread ? TreeImage::ItemUnread : TreeImage::ItemRead, unread, std::move(tags[i])}});
     }
     services.tree.ReplaceBranch(*root, std::move(items));
 }

@@ -1,17 +1,16 @@
 #include "platform/EndRequests.h"
 
 #include "base/Owned.h"
+#include "platform/SessionBus.h"
 
 #include <array>
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
-#include <filesystem>
 #include <gio/gio.h>
 #include <glib-unix.h>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -33,15 +32,6 @@ constexpr auto kManagers = std::to_array<Manager>({
     {"org.xfce.SessionManager", "/org/xfce/SessionManager", "org.xfce.Session.Manager",
         "org.xfce.Session.Client"},
 });
-
-// GIO, asked for a bus that nobody has announced, starts one and waits; no session manager would be there.
-bool IsBusAnnounced()
-{
-    if (std::getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr)
-        return true;
-    std::error_code unreadable;
-    return std::filesystem::exists(std::filesystem::path(g_get_user_runtime_dir()) / "bus", unreadable);
-}
 
 bool IsIgnored(int signal)
 {
@@ -202,7 +192,7 @@ EndRequests::~EndRequests() = default;
 
 void EndRequests::WatchSession()
 {
-    if (implementation_->isWatching || !IsBusAnnounced())
+    if (implementation_->isWatching || !IsSessionBusAnnounced())
         return;
     implementation_->isWatching = true;
     g_bus_get(

@@ -1,6 +1,7 @@
 #include "toolkit/DefaultProgram.h"
 
 #include "base/Owned.h"
+#include "platform/SessionBus.h"
 #include "toolkit/WebEngine.h"
 
 #include <gtk/gtk.h>
@@ -15,6 +16,8 @@ bool OpenInDefaultProgram(const std::string& address)
         gdk_display_get_app_launch_context(gdk_display_get_default()));
     for (const EngineVariable& variable : kEngineEnvironment)
         g_app_launch_context_unsetenv(G_APP_LAUNCH_CONTEXT(context.get()), variable.name);
+    if (!IsSessionBusAnnounced())
+        g_app_launch_context_unsetenv(G_APP_LAUNCH_CONTEXT(context.get()), kSessionBusVariable);
     if (g_app_info_launch_default_for_uri(address.c_str(), G_APP_LAUNCH_CONTEXT(context.get()), nullptr)
         != FALSE)
         return true;

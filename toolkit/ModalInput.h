@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 class wxDialog;
 class wxMenu;
 class wxRect;
@@ -18,6 +20,9 @@ void TakeAllInput(wxDialog& dialog);
 // is chosen comes to `window` as wxEVT_MENU; the menu must live as long as the window does.
 void OpenPopup(wxMenu& menu, wxWindow& window);
 void OpenPopupAt(wxMenu& menu, wxWindow& window, const wxRect& row);
+
+// Calls `action`, now or from the main loop, while no menu is open and no window has taken all input.
+void CallWhenInputIsFree(std::function<void()> action);
 
 // The toolkit drops a close button's request while a menu is open or another window has taken all input. From
 // now on `window` is closed all the same.

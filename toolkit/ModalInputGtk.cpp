@@ -1,6 +1,9 @@
 #include "toolkit/ModalInput.h"
 
+#include <functional>
 #include <gtk/gtk.h>
+#include <memory>
+#include <utility>
 #include <wx/dialog.h>
 #include <wx/menu.h>
 #include <wx/weakref.h>
@@ -71,6 +74,22 @@ void OpenPopupAt(wxMenu& menu, wxWindow& window, const wxRect& row)
     const GdkRectangle place{x, y, row.width, row.height};
     gtk_menu_popup_at_rect(Prepare(menu, window), gtk_widget_get_window(gtk_widget_get_toplevel(widget)),
         &place, GDK_GRAVITY_SOUTH_WEST, GDK_GRAVITY_NORTH_WEST, trigger.event);
+}
+
+void CallWhenInputIsFree(std::function<void()> action)
+{
+    constexpr guint kPause = 20; // milliseconds between two looks
+    if (gtk_grab_get_current() == nullptr) {
+        action();
+        return;
+    }
+    g_timeout_add_once(
+        kPause,
+        [](gpointer data) {
+            const std::unique_ptr<std::function<void()>> waiting(static_cast<std::function<void()>*>(data));
+            CallWhenInputIsFree(std::move(*waiting));
+        },
+        new std::function<void()>(std::move(action)));
 }
 
 void HearCloseRequests(wxTopLevelWindow& window)

@@ -2,6 +2,7 @@
 
 #include "toolkit/NativeWebView.h"
 
+#include <functional>
 #include <memory>
 
 namespace vantro {
@@ -19,9 +20,10 @@ inline constexpr EngineVariable kEngineEnvironment[] = {
     {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"},
 };
 
-// Begins to open the engine, in a thread of its own as it takes a tenth of a second. Once is enough. For the
-// whole process: what is open stays open. Interface thread, as all below.
-void OpenEngine();
+// Begins to open the engine, in a thread of its own as it takes a tenth of a second; it stays open for the
+// whole process. `tried` is called from the main loop, soon after it is open or cannot be opened. Interface
+// thread, as all below.
+void OpenEngine(std::function<void()> tried);
 
 // A view as a child of `parent`. Waits for the engine when it is not open yet. Throws std::runtime_error with
 // a sentence for the user when it cannot be opened.

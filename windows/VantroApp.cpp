@@ -2,6 +2,8 @@
 
 #include "platform/IdleCall.h"
 #include "platform/Paths.h"
+#include "platform/SessionBus.h"
+#include "toolkit/Fonts.h"
 #include "toolkit/WebEngine.h"
 #include "windows/frmMain.h"
 
@@ -15,6 +17,8 @@ bool VantroApp::Initialize(int& count, wxChar** arguments)
 {
     for (const EngineVariable& variable : kEngineEnvironment)
         wxSetEnv(variable.name, variable.value);
+    if (!IsSessionBusAnnounced())
+        wxSetEnv(kSessionBusVariable, kNoSessionBus);
     // The first program on a display would start the graphics library, which none of our windows draws by.
     const bool given = wxGetEnv("GDK_GL", nullptr);
     if (!given)
@@ -22,6 +26,8 @@ bool VantroApp::Initialize(int& count, wxChar** arguments)
     const bool initialized = wxApp::Initialize(count, arguments);
     if (!given)
         wxUnsetEnv("GDK_GL"); // what is opened outside is to have it
+    if (initialized)
+        BeginToListFonts();
     return initialized;
 }
 

@@ -146,9 +146,14 @@ void frmMain::Form_Load()
     InitMainWindow();
     tv_->SetFocus();
     Show();
-    OpenEngine();
-    // The browser takes its time to come up; the window is there meanwhile.
-    CallAfter(&frmMain::LoadPages);
+    // The engine takes its time to come up; the window is there meanwhile. The browser is not made under an
+    // open menu, which then would not let go of the mouse.
+    OpenEngine([window = wxWeakRef<frmMain>(this)] {
+        CallWhenInputIsFree([window] {
+            if (window)
+                window->LoadPages();
+        });
+    });
 }
 
 void frmMain::InitGlobals()
