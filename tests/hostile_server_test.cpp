@@ -54,8 +54,8 @@ std::string Error(const std::string& sentence)
 
 const std::string begins = "Size 0 | Begin | ";
 const std::string flows = begins + "Progress | ";
-const std::string silent = Error("The server sent almost nothing for 1 second");
-const std::string late = Error("The file had not arrived after 3 seconds");
+const std::string silent = Error("The server sent almost nothing for 4 seconds");
+const std::string late = Error("The file had not arrived after 8 seconds");
 const std::string large = Error("The file is larger than the 1 MiB allowed");
 const std::string nothing = Error("127.0.0.1 closed the connection without an answer");
 const std::string brokeOff = Error("The connection to 127.0.0.1 broke off");
@@ -250,7 +250,7 @@ TEST(HostileServer, EveryMisbehaviourEndsInTheEventsThatTellIt)
 {
     const TemporaryFolder folder;
     test::TestPump pump;
-    const ReadLimits limits{.connect = 1s, .silence = 1s, .total = 3s, .size = 1 << 20, .redirects = 3};
+    const ReadLimits limits{.connect = 6s, .silence = 4s, .total = 8s, .size = 1 << 20, .redirects = 3};
     std::optional<AsyncRead> direct(
         std::in_place, [&] { pump.Post([&] { direct->Deliver(); }); }, limits);
     std::optional<AsyncRead> proxied(
