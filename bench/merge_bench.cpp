@@ -300,13 +300,13 @@ bool ReportChecks(const CheckGoals& goals)
 bool ReportMerges()
 {
     constexpr int kFew = 1'000;
-    constexpr int kMany = 20'000;
+    constexpr int kMany = 10'000;
     const Home::Cost large = MeasureMerges(Plain, 10'000, 11);
     bool kept = Report("10,000 stored against 10,000 new ones", large.milliseconds, 150, "ms");
     std::printf("%-58s %8.2f ms\n", "    of these the processor's", large.cpu);
     for (const auto& [name, make] :
-        {std::pair<const char*, FeedMaker>{"20,000", Plain}, {"20,000 that collide", Colliding},
-            {"20,000 with one title", Equal}, {"20,000 </item> without <item>", Unopened}}) {
+        {std::pair<const char*, FeedMaker>{"10,000", Plain}, {"10,000 that collide", Colliding},
+            {"10,000 with one title", Equal}, {"10,000 </item> without <item>", Unopened}}) {
         const double few = MeasureMerges(make, kFew, 31).cpu / kFew;
         const double many = MeasureMerges(make, kMany, 7).cpu / kMany;
         std::printf("%-58s %8.2f us\n", "CPU per item, of 1,000", few * 1e3);

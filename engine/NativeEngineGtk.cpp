@@ -3,6 +3,9 @@
 #include "base/Owned.h"
 #include "web/DisplayAddress.h"
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -41,6 +44,11 @@ void Answer(WebKitURISchemeRequest* request, gpointer serve)
     webkit_uri_scheme_request_finish(request, stream.get(), size, std::string(part->mimeType).c_str());
 }
 
+// What <link> can have done ahead of a click. Looking names up is forbidden by no policy of a page, and the
+// engine no longer heeds its setting "enable-dns-prefetching" (2.50); most of the others are off by default.
+constexpr std::string_view kLookingAhead[]
+    = {"LinkDNSPrefetch", "LinkPreconnect", "LinkPreconnectEarlyHints", "LinkPrefetch", "LinkPreload"};
+
 } // namespace
 
 bool SandboxWorks()
@@ -70,6 +78,13 @@ void Restrict(WebKitSettings* settings)
         "enable-dns-prefetching", FALSE, "enable-page-cache", FALSE, "enable-developer-extras", FALSE,
         "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE,
         "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
+    const Owned<WebKitFeatureList, webkit_feature_list_unref> features(webkit_settings_get_all_features());
+    for (gsize i = 0; i < webkit_feature_list_get_length(features.get()); ++i) {
+        WebKitFeature* feature = webkit_feature_list_get(features.get(), i);
+        if (std::ranges::find(kLookingAhead, webkit_feature_get_identifier(feature))
+            != std::end(kLookingAhead))
+            webkit_settings_set_feature_enabled(settings, feature, FALSE);
+    }
 }
 
 } // namespace vantro
