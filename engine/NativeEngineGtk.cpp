@@ -1,8 +1,11 @@
 #include "engine/NativeEngineGtk.h"
 
 #include "base/Owned.h"
+#include "toolkit/WebEngine.h"
 #include "web/DisplayAddress.h"
 
+#include <cstdlib>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -52,8 +55,13 @@ bool SandboxWorks()
 Engine NewEngine(Serve serve)
 {
     Engine engine(webkit_web_context_new_ephemeral());
-    if (SandboxWorks())
+    if (SandboxWorks()) {
+        if (const char* graphics = std::getenv(kGraphicsVariable)) {
+            const std::string folder = std::filesystem::path(graphics).parent_path();
+            webkit_web_context_add_path_to_sandbox(engine.get(), folder.c_str(), TRUE);
+        }
         webkit_web_context_set_sandbox_enabled(engine.get(), TRUE);
+    }
     const std::string scheme(kPageScheme);
     // Pages that were followed can neither show nor link to what is ours.
     webkit_security_manager_register_uri_scheme_as_display_isolated(
@@ -68,8 +76,8 @@ void Restrict(WebKitSettings* settings)
     g_object_set(settings, "allow-file-access-from-file-urls", FALSE, "allow-universal-access-from-file-urls",
         FALSE, "javascript-can-open-windows-automatically", FALSE, "javascript-can-access-clipboard", FALSE,
         "enable-dns-prefetching", FALSE, "enable-page-cache", FALSE, "enable-developer-extras", FALSE,
-        "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE,
-        "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
+        "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE, "enable-webgl",
+        FALSE, "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
 }
 
 } // namespace vantro

@@ -1,10 +1,18 @@
 #include "toolkit/WebEngine.h"
 
+#include "platform/Files.h"
+
+#include <cstdlib>
 #include <dlfcn.h>
+#include <filesystem>
 #include <future>
+#include <link.h>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <utility>
 
 namespace vantro {
 
@@ -21,10 +29,46 @@ Function* Find(void* module, const char* name)
     return reinterpret_cast<Function*>(found);
 }
 
+// The file that tells the engine's processes to take our graphics library for the system's; empty when it
+// names another than the one that lies beside it, as they would not start then.
+std::string DescriptionOfGraphics()
+{
+    void* module = dlopen("vantro-graphics.so", RTLD_LAZY | RTLD_LOCAL);
+    link_map* found = nullptr;
+    if (module == nullptr || dlinfo(module, RTLD_DI_LINKMAP, static_cast<void*>(&found)) != 0)
+        return {};
+    std::error_code failed;
+    const std::filesystem::path library = std::filesystem::canonical(found->l_name, failed);
+    std::filesystem::path description = library;
+    description.replace_extension(".json");
+    const std::optional<std::string> text = ReadWholeFile(description);
+    return text && text->find('"' + library.string() + '"') != std::string::npos ? description.string() : "";
+}
+
+std::vector<const char*> SetEnvironment()
+{
+    const std::pair<const char*, std::string> wanted[] = {
+        // What these libraries keep would stay in the user's cache folder.
+        {"MESA_SHADER_CACHE_DISABLE", "true"},
+        {"GST_REGISTRY_DISABLE", "yes"},
+        // Nothing is drawn by a graphics library, so none is to be started: not for the first program on a
+        // display, nor for a view, nor by the engine's processes.
+        {"GDK_GL", "disable"},
+        {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"},
+        {kGraphicsVariable, DescriptionOfGraphics()},
+    };
+    std::vector<const char*> set;
+    for (const auto& [name, value] : wanted) {
+        if (!value.empty() && std::getenv(name) == nullptr && setenv(name, value.c_str(), 0) == 0)
+            set.push_back(name);
+    }
+    return set;
+}
+
 // It stays open: its libraries cannot be unloaded.
 NewView* Open()
 {
-    void* module = dlopen(VANTRO_ENGINE_MODULE, RTLD_LAZY | RTLD_LOCAL);
+    void* module = dlopen("vantro-engine.so", RTLD_LAZY | RTLD_LOCAL);
     Find<decltype(vantro_prepare_engine)>(module, "vantro_prepare_engine")();
     return Find<NewView>(module, "vantro_new_view");
 }
@@ -37,6 +81,12 @@ const std::shared_future<NewView*>& Opened()
 }
 
 } // namespace
+
+const std::vector<const char*>& EngineEnvironment()
+{
+    static const std::vector<const char*> set = SetEnvironment();
+    return set;
+}
 
 void OpenEngine()
 {

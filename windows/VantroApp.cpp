@@ -6,23 +6,14 @@
 #include "windows/frmMain.h"
 
 #include <wx/log.h>
-#include <wx/utils.h>
 
 namespace vantro {
 
 // The environment is changed here only, where there is no other thread yet.
 bool VantroApp::Initialize(int& count, wxChar** arguments)
 {
-    for (const EngineVariable& variable : kEngineEnvironment)
-        wxSetEnv(variable.name, variable.value);
-    // The first program on a display would start the graphics library, which none of our windows draws by.
-    const bool given = wxGetEnv("GDK_GL", nullptr);
-    if (!given)
-        wxSetEnv("GDK_GL", "disable");
-    const bool initialized = wxApp::Initialize(count, arguments);
-    if (!given)
-        wxUnsetEnv("GDK_GL"); // what is opened outside is to have it
-    return initialized;
+    EngineEnvironment();
+    return wxApp::Initialize(count, arguments);
 }
 
 // The program has no command line: the base class, which would read one, is not called.
