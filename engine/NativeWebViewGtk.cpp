@@ -94,6 +94,7 @@ public:
     {
         page_ = address;
         loads_ = true;
+        watch_.GiveUpOwn();
         webkit_web_view_load_uri(view_, address.c_str());
     }
 
