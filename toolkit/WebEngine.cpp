@@ -55,6 +55,8 @@ std::vector<const char*> SetEnvironment()
         // display, nor for a view, nor by the engine's processes.
         {"GDK_GL", "disable"},
         {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"},
+        // It would look at the machine's memory every five seconds, for ever.
+        {"WEBKIT_DISABLE_MEMORY_PRESSURE_MONITOR", "1"},
         {kGraphicsVariable, DescriptionOfGraphics()},
     };
     std::vector<const char*> set;
