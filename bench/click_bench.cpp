@@ -11,6 +11,7 @@
 #include "platform/RegistryStore.h"
 #include "settings/modRegistry.h"
 #include "toolkit/Browser.h"
+#include "toolkit/WebEngine.h"
 
 #include <algorithm>
 #include <chrono>
@@ -206,6 +207,7 @@ public:
 
 int main(int argc, char** argv)
 {
+    vantro::EngineEnvironment();
     wxApp::SetInstance(new vantro::BenchApp);
     return wxEntry(argc, argv);
 }

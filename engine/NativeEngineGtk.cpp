@@ -1,9 +1,12 @@
 #include "engine/NativeEngineGtk.h"
 
 #include "base/Owned.h"
+#include "toolkit/WebEngine.h"
 #include "web/DisplayAddress.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -60,8 +63,13 @@ bool SandboxWorks()
 Engine NewEngine(Serve serve)
 {
     Engine engine(webkit_web_context_new_ephemeral());
-    if (SandboxWorks())
+    if (SandboxWorks()) {
+        if (const char* graphics = std::getenv(kGraphicsVariable)) {
+            const std::string folder = std::filesystem::path(graphics).parent_path();
+            webkit_web_context_add_path_to_sandbox(engine.get(), folder.c_str(), TRUE);
+        }
         webkit_web_context_set_sandbox_enabled(engine.get(), TRUE);
+    }
     const std::string scheme(kPageScheme);
     // Pages that were followed can neither show nor link to what is ours.
     webkit_security_manager_register_uri_scheme_as_display_isolated(
@@ -76,8 +84,8 @@ void Restrict(WebKitSettings* settings)
     g_object_set(settings, "allow-file-access-from-file-urls", FALSE, "allow-universal-access-from-file-urls",
         FALSE, "javascript-can-open-windows-automatically", FALSE, "javascript-can-access-clipboard", FALSE,
         "enable-dns-prefetching", FALSE, "enable-page-cache", FALSE, "enable-developer-extras", FALSE,
-        "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE,
-        "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
+        "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE, "enable-webgl",
+        FALSE, "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
     const Owned<WebKitFeatureList, webkit_feature_list_unref> features(webkit_settings_get_all_features());
     for (gsize i = 0; i < webkit_feature_list_get_length(features.get()); ++i) {
         WebKitFeature* feature = webkit_feature_list_get(features.get(), i);

@@ -5,6 +5,7 @@
 #include "engine/NativeEngineGtk.h"
 #include "engine/NativeMenuGtk.h"
 #include "engine/NativeZoomGtk.h"
+#include "platform/StartUpCode.h"
 #include "toolkit/WebEngine.h"
 
 #include <gtk/gtk.h>
@@ -20,6 +21,7 @@ namespace vantro {
 namespace {
 
 constexpr const char* kBlankPage = "about:blank"; // the one page that the engine loads without a resource
+constexpr guint kStartLasts = 2; // seconds after the first page
 constexpr guint kMiddleButton = 2;
 constexpr guint kBackButton = 8;
 constexpr guint kForwardButton = 9;
@@ -95,6 +97,7 @@ public:
     {
         page_ = address;
         loads_ = true;
+        watch_.GiveUpOwn();
         webkit_web_view_load_uri(view_, address.c_str());
     }
 
@@ -301,6 +304,14 @@ private:
             gtk_widget_queue_draw(GTK_WIDGET(view));
         if (event != WEBKIT_LOAD_FINISHED)
             return;
+        if (!std::exchange(self->hasStarted_, true))
+            g_timeout_add_seconds_full(
+                G_PRIORITY_LOW, kStartLasts,
+                [](gpointer) -> gboolean {
+                    ForgetStartUpCode();
+                    return G_SOURCE_REMOVE;
+                },
+                nullptr, nullptr);
         // The view's own address is already that of the newest load when the end of an older one is reported.
         WebKitWebResource* document = webkit_web_view_get_main_resource(view);
         self->events_.finished(document != nullptr ? webkit_web_resource_get_uri(document) : kBlankPage);
@@ -336,6 +347,7 @@ private:
     DocumentWatch watch_;
     std::string page_; // loaded last
     std::string pointedAt_; // the link under the mouse
+    bool hasStarted_ = false; // a page has come
     bool loads_ = false; // of the next load of the whole view: the program has asked for it
     gboolean silent_ = FALSE;
     gboolean comesUp_ = TRUE; // the process of the pages, from its start to its first page

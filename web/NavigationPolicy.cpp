@@ -16,10 +16,10 @@ void NavigationPolicy::PageBegins(std::string address, std::vector<std::string> 
     awaited_.push_back(page_);
 }
 
-void NavigationPolicy::FrameBegins(const std::string& address)
+void NavigationPolicy::TextsBegin(std::vector<std::string> addresses)
 {
-    texts_.push_back(address);
-    awaited_.assign(1, address);
+    texts_ = std::move(addresses);
+    awaited_ = texts_;
 }
 
 void NavigationPolicy::PageEnds()

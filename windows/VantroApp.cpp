@@ -2,30 +2,19 @@
 
 #include "platform/IdleCall.h"
 #include "platform/Paths.h"
-#include "platform/SessionBus.h"
 #include "toolkit/Fonts.h"
 #include "toolkit/WebEngine.h"
 #include "windows/frmMain.h"
 
 #include <wx/log.h>
-#include <wx/utils.h>
 
 namespace vantro {
 
 // The environment is changed here only, where there is no other thread yet.
 bool VantroApp::Initialize(int& count, wxChar** arguments)
 {
-    for (const EngineVariable& variable : kEngineEnvironment)
-        wxSetEnv(variable.name, variable.value);
-    if (!IsSessionBusAnnounced())
-        wxSetEnv(kSessionBusVariable, kNoSessionBus);
-    // The first program on a display would start the graphics library, which none of our windows draws by.
-    const bool given = wxGetEnv("GDK_GL", nullptr);
-    if (!given)
-        wxSetEnv("GDK_GL", "disable");
+    EngineEnvironment();
     const bool initialized = wxApp::Initialize(count, arguments);
-    if (!given)
-        wxUnsetEnv("GDK_GL"); // what is opened outside is to have it
     if (initialized)
         BeginToListFonts();
     return initialized;
