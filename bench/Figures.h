@@ -12,7 +12,8 @@
 namespace vantro {
 
 // What a benchmark has measured goes to its standard output in lines that bench/report makes the table and
-// the plots of; a line that comes again adds its samples.
+// the plots of; a line that comes again adds its samples. The line "note", a tab and a sentence puts that
+// below the table.
 
 inline void TellSamples(const std::vector<double>& samples)
 {
