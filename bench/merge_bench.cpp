@@ -40,7 +40,7 @@ namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kPart = "A check";
-constexpr int kMergeRounds = 11;
+constexpr int kMergeRounds = 7;
 
 void Fail(const std::string& sentence)
 {
