@@ -310,8 +310,10 @@ void TellMerges(const char* name, const FeedMaker& make)
     }
     for (std::size_t size = 0; size < merges.size(); ++size)
         TellPoint("merge", name, static_cast<std::size_t>(kCounts[size]), cpu[size]);
-    TellFigure(kPart, std::string("CPU per item of 20000 against 1000, ") + name, "median at most 1.3 times",
-        growth);
+    TellFigure(kPart,
+        "CPU per item of " + std::to_string(*std::rbegin(kCounts)) + " against " + std::to_string(kCounts[0])
+            + ", " + name,
+        "median at most 1.3 times", growth);
 }
 
 // What no store that lasts can do without, once a feed.
