@@ -70,6 +70,8 @@ Engine NewEngine(Serve serve)
         }
         webkit_web_context_set_sandbox_enabled(engine.get(), TRUE);
     }
+    // Else the pictures of all pages stay in memory, up to some 50 MiB.
+    webkit_web_context_set_cache_model(engine.get(), WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
     const std::string scheme(kPageScheme);
     // Pages that were followed can neither show nor link to what is ours.
     webkit_security_manager_register_uri_scheme_as_display_isolated(

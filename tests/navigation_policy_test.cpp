@@ -26,6 +26,10 @@ TEST(NavigationPolicy, LetsEachPartOfThePageInOnceAndInItsTime)
     EXPECT_TRUE(!allows(kTitle) && allows(kStory, true));
     policy.PageBegins("vantro-page://8/frames.htm");
     EXPECT_FALSE(allows(kStory, true)) << "that of another display";
+    for (int load = 0; load < 2; ++load)
+        policy.PageBegins("about:blank");
+    EXPECT_TRUE(allows("about:blank") && allows("about:blank") && !allows("about:blank"))
+        << "both are asked about";
 }
 
 TEST(NavigationPolicy, LetsNothingElseMoveThatTheUserDidNotClick)
