@@ -1,5 +1,7 @@
 #include "engine/DocumentWatchGtk.h"
 
+#include "web/DisplayAddress.h"
+
 #include <utility>
 
 namespace vantro {
@@ -26,6 +28,7 @@ DocumentWatch::DocumentWatch(WebKitWebView* view, std::function<void(const Docum
 DocumentWatch::~DocumentWatch()
 {
     GiveUp();
+    GiveUpOwn();
     if (view_ == nullptr)
         return;
     g_signal_handlers_disconnect_by_data(view_, this);
@@ -38,6 +41,8 @@ void DocumentWatch::Expect(const std::string& address, bool redirect)
     if (redirect)
         return;
     GiveUp();
+    if (IsOwnAddress(address))
+        own_.push_back(address);
     WebKitBackForwardListItem* now = CurrentItem(view_);
     if (now != nullptr)
         g_object_ref(now);
@@ -75,7 +80,10 @@ bool DocumentWatch::Answered(WebKitResponsePolicyDecision* decision)
 void DocumentWatch::OnResource(
     WebKitWebView* /*view*/, WebKitWebResource* resource, WebKitURIRequest* request, DocumentWatch* self)
 {
-    if (self->watched_ || self->expected_ != webkit_uri_request_get_uri(request))
+    const char* address = webkit_uri_request_get_uri(request);
+    if (std::erase(self->own_, address) != 0)
+        self->WatchOwn(resource);
+    if (IsOwnAddress(address) || self->watched_ || self->expected_ != address)
         return;
     self->watched_.reset(WEBKIT_WEB_RESOURCE(g_object_ref(resource)));
     self->answered_ = self->passwordWanted_ = false;
@@ -90,6 +98,27 @@ void DocumentWatch::OnResource(
         }));
     connect("failed",
         G_CALLBACK(+[](WebKitWebResource*, GError* error, DocumentWatch* to) { to->OnFailed(*error); }));
+}
+
+void DocumentWatch::WatchOwn(WebKitWebResource* resource)
+{
+    watchedOwn_.emplace_back(WEBKIT_WEB_RESOURCE(g_object_ref(resource)));
+    g_signal_connect(resource, "finished", G_CALLBACK(+[](WebKitWebResource* own, DocumentWatch* to) {
+        to->report_({DocumentEnd::Kind::Finished, webkit_web_resource_get_uri(own)});
+    }),
+        this);
+    g_signal_connect(resource, "failed", G_CALLBACK(+[](WebKitWebResource* own, GError*, DocumentWatch* to) {
+        to->report_({DocumentEnd::Kind::Unreachable, webkit_web_resource_get_uri(own)});
+    }),
+        this);
+}
+
+void DocumentWatch::GiveUpOwn()
+{
+    for (const auto& resource : watchedOwn_)
+        g_signal_handlers_disconnect_by_data(resource.get(), this);
+    watchedOwn_.clear();
+    own_.clear();
 }
 
 void DocumentWatch::OnFailed(const GError& error)

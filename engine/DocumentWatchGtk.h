@@ -5,12 +5,14 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 #include <webkit2/webkit2.h>
 
 namespace vantro {
 
-// Follows the document of the newest navigation that was allowed, in whatever frame, and reports what becomes
-// of it. The engine tells nothing else about the documents of frames than what happens to their resources.
+// Follows the document of the newest navigation that was allowed, in whatever frame, and those of our own
+// scheme, of which several may be under way, and reports what becomes of them. The engine tells nothing else
+// about the documents of frames than what happens to their resources.
 class DocumentWatch {
 public:
     // `report` runs in the middle of the engine's work. The view may go before the watch.
@@ -28,6 +30,8 @@ public:
     [[nodiscard]] bool IsReplaced() const;
     // Nothing is reported of the document any more.
     void GiveUp();
+    // Nor of those of our own.
+    void GiveUpOwn();
     // The server wants a password, which was refused.
     void PasswordWanted() { passwordWanted_ = true; }
     // The server has answered. True when the engine can show it, which it does only then.
@@ -36,6 +40,7 @@ public:
 private:
     static void OnResource(
         WebKitWebView* view, WebKitWebResource* resource, WebKitURIRequest* request, DocumentWatch* self);
+    void WatchOwn(WebKitWebResource* resource);
     void OnFailed(const GError& error);
     void ReportWatched(DocumentEnd::Kind kind, const char* reason = "");
 
@@ -44,6 +49,8 @@ private:
     std::string expected_;
     Owned<WebKitBackForwardListItem, g_object_unref> before_; // where the view stood then
     Owned<WebKitWebResource, g_object_unref> watched_;
+    std::vector<std::string> own_; // that have not begun to come
+    std::vector<Owned<WebKitWebResource, g_object_unref>> watchedOwn_;
     bool answered_ = false;
     bool passwordWanted_ = false;
 };

@@ -1,9 +1,14 @@
 #include "engine/NativeEngineGtk.h"
 
 #include "base/Owned.h"
+#include "toolkit/WebEngine.h"
 #include "web/DisplayAddress.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
+#include <iterator>
+#include <string_view>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -44,6 +49,11 @@ void Answer(WebKitURISchemeRequest* request, gpointer serve)
     webkit_uri_scheme_request_finish(request, stream.get(), size, std::string(part->mimeType).c_str());
 }
 
+// What <link> can have done ahead of a click. Looking names up is forbidden by no policy of a page, and the
+// engine no longer heeds its setting "enable-dns-prefetching" (2.50); most of the others are off by default.
+constexpr std::string_view kLookingAhead[]
+    = {"LinkDNSPrefetch", "LinkPreconnect", "LinkPreconnectEarlyHints", "LinkPrefetch", "LinkPreload"};
+
 } // namespace
 
 bool SandboxWorks()
@@ -55,8 +65,15 @@ bool SandboxWorks()
 Engine NewEngine(Serve serve)
 {
     Engine engine(webkit_web_context_new_ephemeral());
-    if (SandboxWorks())
+    if (SandboxWorks()) {
+        if (const char* graphics = std::getenv(kGraphicsVariable)) {
+            const std::string folder = std::filesystem::path(graphics).parent_path();
+            webkit_web_context_add_path_to_sandbox(engine.get(), folder.c_str(), TRUE);
+        }
         webkit_web_context_set_sandbox_enabled(engine.get(), TRUE);
+    }
+    // Else the pictures of all pages stay in memory, up to some 50 MiB.
+    webkit_web_context_set_cache_model(engine.get(), WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
     const std::string scheme(kPageScheme);
     // Pages that were followed can neither show nor link to what is ours.
     webkit_security_manager_register_uri_scheme_as_display_isolated(
@@ -83,8 +100,15 @@ void Restrict(WebKitSettings* settings)
     g_object_set(settings, "allow-file-access-from-file-urls", FALSE, "allow-universal-access-from-file-urls",
         FALSE, "javascript-can-open-windows-automatically", FALSE, "javascript-can-access-clipboard", FALSE,
         "enable-dns-prefetching", FALSE, "enable-page-cache", FALSE, "enable-developer-extras", FALSE,
-        "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE,
-        "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
+        "enable-html5-database", FALSE, "enable-media", FALSE, "enable-fullscreen", FALSE, "enable-webgl",
+        FALSE, "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
+    const Owned<WebKitFeatureList, webkit_feature_list_unref> features(webkit_settings_get_all_features());
+    for (gsize i = 0; i < webkit_feature_list_get_length(features.get()); ++i) {
+        WebKitFeature* feature = webkit_feature_list_get(features.get(), i);
+        if (std::ranges::find(kLookingAhead, webkit_feature_get_identifier(feature))
+            != std::end(kLookingAhead))
+            webkit_settings_set_feature_enabled(settings, feature, FALSE);
+    }
 }
 
 } // namespace vantro

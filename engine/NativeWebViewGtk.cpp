@@ -6,6 +6,7 @@
 #include "engine/NativeMenuGtk.h"
 #include "engine/NativeZoomGtk.h"
 #include "engine/NetworkProcessGtk.h"
+#include "platform/StartUpCode.h"
 #include "toolkit/WebEngine.h"
 
 #include <gtk/gtk.h>
@@ -21,6 +22,7 @@ namespace vantro {
 namespace {
 
 constexpr const char* kBlankPage = "about:blank"; // the one page that the engine loads without a resource
+constexpr guint kStartLasts = 2; // seconds after the first page
 constexpr guint kMiddleButton = 2;
 constexpr guint kBackButton = 8;
 constexpr guint kForwardButton = 9;
@@ -98,6 +100,7 @@ public:
         page_ = address;
         loads_ = true;
         network_.Find();
+        watch_.GiveUpOwn();
         webkit_web_view_load_uri(view_, address.c_str());
     }
 
@@ -307,6 +310,14 @@ private:
         if (event != WEBKIT_LOAD_FINISHED)
             return;
         self->network_.Find();
+        if (!std::exchange(self->hasStarted_, true))
+            g_timeout_add_seconds_full(
+                G_PRIORITY_LOW, kStartLasts,
+                [](gpointer) -> gboolean {
+                    ForgetStartUpCode();
+                    return G_SOURCE_REMOVE;
+                },
+                nullptr, nullptr);
         // The view's own address is already that of the newest load when the end of an older one is reported.
         WebKitWebResource* document = webkit_web_view_get_main_resource(view);
         self->events_.finished(document != nullptr ? webkit_web_resource_get_uri(document) : kBlankPage);
@@ -343,6 +354,7 @@ private:
     NetworkProcess network_{[this] { events_.networkLost(); }};
     std::string page_; // loaded last
     std::string pointedAt_; // the link under the mouse
+    bool hasStarted_ = false; // a page has come
     bool loads_ = false; // of the next load of the whole view: the program has asked for it
     gboolean silent_ = FALSE;
     gboolean comesUp_ = TRUE; // the process of the pages, from its start to its first page

@@ -1,3 +1,4 @@
+#include "base/Amounts.h"
 #include "feeds/ItemStore.h"
 #include "feeds/MergePlan.h"
 #include "feeds/SiteOperations.h"
@@ -22,22 +23,52 @@ namespace {
 
 struct FeedItems {
     std::vector<FeedItem> taken;
-    bool thereWereMore = false;
+    std::string notice; // that it was not all, in sentences; empty when it was
 };
 
-FeedItems TakeItems(const Site& site, std::string_view feedText)
+// Of at most kLongestText bytes, and without a part of a character at its end.
+std::string_view BeginningOf(std::string_view text)
+{
+    if (text.size() <= kLongestText)
+        return text;
+    std::size_t end = kLongestText;
+    while (end > kLongestText - 3 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80)
+        --end;
+    return text.substr(0, end);
+}
+
+FeedItems TakeItems(const Site& site, std::string_view file)
 {
     std::vector<std::string_view> elements;
     for (const SiteField& field : site.taken)
         elements.push_back(field.element);
-    const std::vector<std::string_view> rows = CutItems(feedText, kMostItems + 1, elements);
+    std::vector<std::string_view> rows = CutItems(file.substr(0, kMostRead), kMostItems + 1, elements);
     const std::size_t width = 1 + elements.size();
     const std::size_t count = std::min(rows.size() / width, kMostItems);
     FeedItems items;
-    items.thereWereMore = rows.size() / width > count;
     items.taken.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        items.taken.push_back(DecodeItem(std::span(rows).subspan(i * width + 1, elements.size())));
+    bool isCut = false;
+    for (std::size_t text = 0; items.taken.size() < count;) {
+        const auto fields = std::span(rows).subspan(items.taken.size() * width + 1, elements.size());
+        for (std::string_view& field : fields) {
+            isCut = isCut || field.size() > kLongestText;
+            field = BeginningOf(field);
+            text += field.size();
+        }
+        if (text > kMostText)
+            break;
+        items.taken.push_back(DecodeItem(fields));
+    }
+    const std::string name(site.displayName);
+    if (items.taken.size() < count || (file.size() > kMostRead && count < kMostItems)) {
+        items.notice = name + " sent too much text; its last items were left out.";
+    } else if (rows.size() / width > count) {
+        const std::string most = std::to_string(kMostItems);
+        items.notice = name + " sent more than " + most + " items; the first " + most + " were taken.";
+    }
+    if (isCut)
+        items.notice += (items.notice.empty() ? "" : " ") + name + " sent a text of more than "
+            + SizeText(kLongestText) + "; its beginning was taken.";
     return items;
 }
 
@@ -45,7 +76,7 @@ FeedItems TakeItems(const Site& site, std::string_view feedText)
 std::optional<FeedItems> ReadItems(
     const Site& site, const FeedServices& services, const std::filesystem::path& file)
 {
-    if (const std::optional<std::string> text = ReadWholeFile(file))
+    if (const std::optional<std::string> text = ReadWholeFile(file, kMostRead + 1))
         return TakeItems(site, *text);
     services.say(
         site.identifier, "The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
@@ -113,13 +144,7 @@ void MergeFeed(const Site& site, const FeedServices& services, const std::filesy
     const Merged merged = items ? Merge(site, services, items->taken) : Merged::NothingNew;
     DeleteFileIfExists(file);
     if (items && merged != Merged::NotStored)
-        services.say(site.identifier, {});
-    if (items && items->thereWereMore && merged != Merged::NotStored) {
-        const std::string most = std::to_string(kMostItems);
-        services.say(site.identifier,
-            std::string(site.displayName) + " sent more than " + most + " items; the first " + most
-                + " were taken.");
-    }
+        services.say(site.identifier, items->notice);
     if (merged == Merged::NewList)
         UpdateSiteCounts(site, services);
 }

@@ -27,12 +27,16 @@ struct FeedServices {
 
 // The operations of a site, the same for all but for the site's row. Interface thread only.
 
-// The most items of a feed that are taken, so that no feed holds the window for long.
-inline constexpr std::size_t kMostItems = 20'000;
+// What of a feed is taken at most, so that none holds the window for long: items, bytes of all their texts,
+// and bytes of one text, which is cut. What lies behind the first kMostRead bytes of the file is not read.
+inline constexpr std::size_t kMostItems = 10'000;
+inline constexpr std::size_t kMostText = 4UL * 1024 * 1024;
+inline constexpr std::size_t kLongestText = 1UL * 1024 * 1024;
+inline constexpr std::size_t kMostRead = 2 * kMostText;
 
 // Folds a downloaded feed file into the store and the tree, all or nothing, and deletes the file. A feed
-// without any new title changes nothing. A feed with more than kMostItems gives its first ones, which is
-// said. What cannot be stored is said, and then the old list stays.
+// without any new title changes nothing. A feed with more than is taken gives its first items, which is said.
+// What cannot be stored is said, and then the old list stays.
 void MergeFeed(const Site& site, const FeedServices& services, const std::filesystem::path& file);
 
 // Builds the site's item nodes from the store. Run once, when the site node has no items.

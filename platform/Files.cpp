@@ -5,6 +5,7 @@
 #include "base/TextCoding.h"
 #include "platform/PartFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
@@ -96,13 +97,13 @@ std::optional<std::string> ReplaceFile(const std::string& path, std::string_view
     return part.SaveAs(path);
 }
 
-std::optional<std::string> ReadWholeFile(const fs::path& path)
+std::optional<std::string> ReadWholeFile(const fs::path& path, std::size_t most)
 {
     struct stat status { };
     const File file = OpenToRead(path, status);
     if (!file)
         return std::nullopt;
-    std::string content(static_cast<std::size_t>(status.st_size), '\0');
+    std::string content(std::min(static_cast<std::size_t>(status.st_size), most), '\0');
     content.resize(std::fread(content.data(), 1, content.size(), file.get()));
     if (std::ferror(file.get()) != 0)
         return std::nullopt;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -33,9 +34,10 @@ void DeleteFileIfExists(const std::filesystem::path& path) noexcept;
 // failure and leaves it as it was, by way of a PartFile.
 [[nodiscard]] std::optional<std::string> ReplaceFile(const std::string& path, std::string_view bytes);
 
-// The whole content of a regular file; nothing, with the number of the error in errno, when it cannot be
-// read: EINVAL for anything else, which is not waited for.
-[[nodiscard]] std::optional<std::string> ReadWholeFile(const std::filesystem::path& path);
+// The whole content of a regular file, or its first `most` bytes; nothing, with the number of the error in
+// errno, when it cannot be read: EINVAL for anything else, which is not waited for.
+[[nodiscard]] std::optional<std::string> ReadWholeFile(
+    const std::filesystem::path& path, std::size_t most = std::string::npos);
 
 // True when the file is a regular one and can be opened for reading.
 [[nodiscard]] bool FileExists(const std::filesystem::path& path);

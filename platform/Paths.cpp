@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace vantro {
 
@@ -53,15 +54,11 @@ bool CanBeFolder(const fs::path& folder)
     return folder.is_absolute() && (stat((folder / "file").c_str(), &status) == 0 || errno == ENOENT);
 }
 
-// Open and locked, or -1 when the folder is missing or another run holds it.
-int LockFolder(const fs::path& folder)
+// Open and locked, or none when the folder is missing or another run holds it.
+Descriptor LockFolder(const fs::path& folder)
 {
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
-    if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) == 0)
-        return descriptor;
-    if (descriptor >= 0)
-        close(descriptor);
-    return -1;
+    Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
+    return flock(descriptor.Number(), LOCK_EX | LOCK_NB) == 0 ? std::move(descriptor) : Descriptor();
 }
 
 void RemoveAbandonedRuns(const fs::path& parent)
@@ -70,10 +67,8 @@ void RemoveAbandonedRuns(const fs::path& parent)
     for (const fs::directory_entry& entry : fs::directory_iterator(parent, ignored)) {
         if (!entry.path().filename().native().starts_with(kRunPrefix))
             continue;
-        if (const int lock = LockFolder(entry.path()); lock >= 0) {
+        if (const Descriptor lock = LockFolder(entry.path()); lock.IsOpen())
             fs::remove_all(entry.path(), ignored);
-            close(lock);
-        }
     }
 }
 
@@ -131,8 +126,6 @@ RunFolder::~RunFolder()
         return;
     std::error_code ignored;
     fs::remove_all(path_, ignored);
-    if (lock_ >= 0)
-        close(lock_);
 }
 
 } // namespace vantro

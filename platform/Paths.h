@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Descriptor.h"
+
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -41,7 +43,7 @@ public:
 private:
     std::filesystem::path path_;
     std::string failure_;
-    int lock_ = -1; // open on the folder for the life of the run: what is not locked belongs to nobody
+    Descriptor lock_; // open on the folder for the life of the run: what is not locked belongs to nobody
 };
 
 } // namespace vantro

@@ -1,5 +1,8 @@
 #include "platform/RegistryStore.h"
 
+#include "platform/Files.h"
+#include "platform/PrivateFolder.h"
+#include "platform/StoreCheck.h"
 #include "platform/StoreConnection.h"
 
 #include <algorithm>
@@ -9,11 +12,65 @@
 namespace vantro {
 
 RegistryStore::RegistryStore(const std::filesystem::path& file, const StoreOptions& options)
-    : connection_(std::make_unique<Connection>(OpenStoreFile(file, options)))
+    : file_(file), options_(options), connection_(std::make_unique<Connection>(OpenStoreFile(file, options)))
 {
 }
 
 RegistryStore::~RegistryStore() = default;
+
+void RegistryStore::Watch(Events events)
+{
+    events_ = std::move(events);
+    if (IsKept())
+        check_ = std::make_unique<StoreCheck>(
+            file_, [this](DamagedStore damaged) { Rescue(std::move(damaged)); });
+}
+
+void RegistryStore::Rescue(DamagedStore damaged)
+{
+    const auto name
+        = damaged.rescued.empty() ? std::nullopt : Exchange(damaged.rescued, Aside::FileAndItsJournals);
+    if (!name) {
+        events_.say("The store is damaged, and what can be read of it cannot be written anew.");
+        return;
+    }
+    events_.say("The store was damaged and was set aside as " + name->filename().string()
+        + "; what could be read of it was kept. " + Notice());
+    events_.reread();
+}
+
+// What the connection has open stays whole, whatever becomes of its name.
+void RegistryStore::KeepPlace()
+{
+    int moved = 0;
+    sqlite3* database = connection_->Handle();
+    if (!events_.say || !IsKept()
+        || sqlite3_file_control(database, "main", SQLITE_FCNTL_HAS_MOVED, &moved) != SQLITE_OK || moved == 0)
+        return;
+    const std::filesystem::path made = NameOfNew(file_);
+    (void)MakePrivateFolders(file_.parent_path());
+    DeleteFileIfExists(made);
+    const bool isCopied
+        = SqliteStatement(database, "VACUUM INTO ?1").Run({made.string()}).Code() == SQLITE_DONE;
+    const auto name = isCopied ? Exchange(made, Aside::FileAndStrayJournals) : std::nullopt;
+    if (!name)
+        events_.say("The store was removed while the program ran, and cannot be written again.");
+    else if (name->empty())
+        events_.say("The store was removed while the program ran, and was written again. " + Notice());
+    else
+        events_.say("Another file had been put in the place of the store; it was set aside as "
+            + name->filename().string() + ". " + Notice());
+}
+
+std::optional<std::filesystem::path> RegistryStore::Exchange(const std::filesystem::path& made, Aside what)
+{
+    // By now the journal's name may be that of another file's.
+    sqlite3_db_config(connection_->Handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    connection_.reset();
+    auto name = PutInPlace(made, file_, what);
+    connection_ = std::make_unique<Connection>(OpenStoreFile(file_, options_));
+    return name;
+}
 
 const std::string& RegistryStore::Notice() const
 {
@@ -71,6 +128,8 @@ bool RegistryStore::DeleteKey(std::string_view path)
 bool RegistryStore::SetValue(
     KeyId key, std::string_view name, RegType type, const std::variant<std::int64_t, std::string_view>& data)
 {
+    if (!connection_->inBatch)
+        KeepPlace();
     if (key == 0 || name.find('\0') != std::string_view::npos || !connection_->MayWrite()
         || !connection_->HasKey(key))
         return false;
@@ -88,6 +147,7 @@ std::optional<RegistryStore::StoredValue> RegistryStore::QueryValue(KeyId key, s
 
 RegistryStore::Batch::Batch(RegistryStore& store) : store_(store)
 {
+    store_.KeepPlace();
     Connection& connection = *store_.connection_;
     assert(!connection.inBatch);
     connection.inBatch = true;

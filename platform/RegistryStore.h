@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -13,6 +14,10 @@
 #include <vector>
 
 namespace vantro {
+
+struct DamagedStore;
+class StoreCheck;
+enum class Aside : int;
 
 struct StoreOptions {
     // The file does not grow beyond so many pages of 4 KiB: a test's full disk. 0: no limit.
@@ -49,6 +54,16 @@ public:
     [[nodiscard]] const std::string& Notice() const;
     // Whether what is written is there at the next start.
     [[nodiscard]] bool IsKept() const;
+
+    // Tells what happens to the file while the program runs. Both are called from the main loop, `say` also
+    // in the middle of a write.
+    struct Events {
+        std::function<void(const std::string& sentence)> say;
+        std::function<void()> reread; // what was read before may have been damaged
+    };
+    // Looks the file through, in the background, and takes from a damaged one what can be read of it. From
+    // now on a file that was removed, renamed or replaced is written again before the next write.
+    void Watch(Events events);
 
     // 0 when there is no such key or, as for all reads, when it cannot be read.
     [[nodiscard]] KeyId OpenKey(std::string_view path);
@@ -100,7 +115,17 @@ public:
 
 private:
     struct Connection;
+
+    void Rescue(DamagedStore damaged);
+    void KeepPlace();
+    // Uses `made` in the place of the file, which is set aside. As PutInPlace().
+    std::optional<std::filesystem::path> Exchange(const std::filesystem::path& made, Aside what);
+
+    std::filesystem::path file_;
+    StoreOptions options_;
+    Events events_;
     std::unique_ptr<Connection> connection_;
+    std::unique_ptr<StoreCheck> check_;
 };
 
 } // namespace vantro

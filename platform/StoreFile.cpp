@@ -1,14 +1,20 @@
 #include "platform/StoreFile.h"
 
+#include "platform/Descriptor.h"
+#include "platform/Files.h"
 #include "platform/PrivateFolder.h"
 #include "platform/StoreFinding.h"
 #include "platform/StoreFormat.h"
 #include "platform/StoreInspection.h"
-#include "platform/StoreSetAside.h"
+#include "platform/StoreJournal.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
+#include <fcntl.h>
 #include <new>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace vantro {
@@ -30,6 +36,25 @@ std::string Utf8(const fs::path& path)
     return {text.begin(), text.end()};
 }
 
+fs::path With(fs::path file, const char* suffix)
+{
+    return file += suffix;
+}
+
+bool HasBytes(const fs::path& file)
+{
+    std::error_code missing;
+    const auto size = fs::file_size(file, missing);
+    return !missing && size > 0;
+}
+
+void Sync(const fs::path& path)
+{
+    (void)fsync(Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)).Number());
+}
+
+} // namespace
+
 Database Connect(const std::string& name, int flags)
 {
     sqlite3* made = nullptr;
@@ -49,6 +74,14 @@ Database Connect(const std::string& name, int flags)
     return database;
 }
 
+int LayDownTables(sqlite3* database)
+{
+    const int code = Execute(database, kKeyTable);
+    return code == SQLITE_OK ? Execute(database, kValueTable) : code;
+}
+
+namespace {
+
 void SetPageLimit(sqlite3* database, int maxPages)
 {
     if (maxPages > 0)
@@ -59,8 +92,8 @@ void SetPageLimit(sqlite3* database, int maxPages)
 int WriteFormat(sqlite3* database, bool isBlank)
 {
     int code = SQLITE_OK;
-    if (isBlank && (code = Execute(database, kKeyTable)) == SQLITE_OK)
-        code = Execute(database, kValueTable);
+    if (isBlank)
+        code = LayDownTables(database);
     if (code == SQLITE_OK)
         code = Execute(database, kWriteMarks);
     return code == SQLITE_OK ? Execute(database, "COMMIT") : code;
@@ -116,8 +149,10 @@ std::string ImmutableUri(const fs::path& file)
 // A store in memory with what can be read of `file`, when `finding` leaves anything to be read.
 Database OpenInMemory(const fs::path& file, StoreFinding finding)
 {
-    if (finding == StoreFinding::Busy || finding == StoreFinding::Full
-        || finding == StoreFinding::NotWritable) {
+    std::error_code ignored;
+    const bool isLeft = finding == StoreFinding::Busy || finding == StoreFinding::Full
+        || finding == StoreFinding::NotWritable;
+    if (isLeft && fs::is_regular_file(file, ignored)) {
         Database copy = Connect(":memory:", SQLITE_OPEN_READWRITE);
         // In a folder that cannot be written a file with a journal opens only when it is taken to stand
         // still. One that another program holds does not.
@@ -132,32 +167,131 @@ Database OpenInMemory(const fs::path& file, StoreFinding finding)
     return empty;
 }
 
+// Makes the file appear at once and whole, so that one that is cut short is never one half made.
+StoreFinding MakeFile(const fs::path& file, const StoreOptions& options)
+{
+    const fs::path made = NameOfNew(file);
+    DeleteFileIfExists(made);
+    Database database = Connect(Utf8(made), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    KeepFromOthers(made);
+    SetPageLimit(database.get(), options.maxPages);
+    int code = Execute(database.get(), "BEGIN IMMEDIATE");
+    if (code == SQLITE_OK)
+        code = WriteFormat(database.get(), true);
+    const StoreFinding finding = FindingOf(database.get(), code);
+    database.reset();
+    if (finding == StoreFinding::Usable && PutInPlace(made, file, Aside::FileAndItsJournals))
+        return finding;
+    DeleteFileIfExists(made);
+    return finding == StoreFinding::Usable ? StoreFinding::NotWritable : finding;
+}
+
+// What was found where the store is to be, and what was done about it.
+struct Place {
+    StoreFinding finding = StoreFinding::Usable; // in the file's place one can be opened
+    std::string before; // a sentence's beginning
+    std::string whenUsable; // its end
+};
+
+Place SetAside(const fs::path& file, Aside what, const std::string& found, const char* whenUsable)
+{
+    if (const auto name = SetStoreAside(file, what))
+        return {StoreFinding::Usable, found + " and was set aside as " + Utf8(name->filename()) + "; ",
+            whenUsable};
+    return {StoreFinding::Damaged, {}, {}};
+}
+
+constexpr const char* kBegunAnew = "a new one was begun.";
+constexpr std::size_t kSmallestFile = 512; // bytes: a page
+
+// What SQLite would not notice, or not say.
+Place LookAt(const fs::path& file)
+{
+    std::error_code ignored;
+    const fs::file_status status = fs::status(file, ignored);
+    const fs::path journal = With(file, "-wal");
+    if (status.type() == fs::file_type::not_found) {
+        if (HasBytes(journal) || HasBytes(With(file, "-journal")))
+            return SetAside(
+                file, Aside::FileAndItsJournals, "The store was missing; its journal was there", kBegunAnew);
+        return {};
+    }
+    if (status.type() != fs::file_type::regular)
+        return {StoreFinding::NotWritable, {}, {}}; // to open a pipe would wait for someone at its other end
+    if (fs::file_size(file, ignored) < kSmallestFile)
+        return {StoreFinding::Damaged, {}, {}};
+    if (IsJournalDamaged(journal))
+        return SetAside(file, Aside::JournalsAlone, "The store's journal was damaged",
+            "what was stored last may be missing.");
+    return {};
+}
+
+// Opens what stands there, or makes it.
+StoreFinding OpenFile(const fs::path& file, const StoreOptions& options, Database& database)
+{
+    for (const char* part : {"", "-wal", "-shm"})
+        KeepFromOthers(With(file, part));
+    std::error_code ignored;
+    if (!fs::exists(file, ignored)) {
+        if (const StoreFinding made = MakeFile(file, options); made != StoreFinding::Usable)
+            return made;
+    }
+    database = Connect(Utf8(file), SQLITE_OPEN_READWRITE);
+    const StoreFinding finding = Accept(database.get(), options);
+    if (finding != StoreFinding::Usable)
+        database.reset();
+    return finding;
+}
+
 } // namespace
 
 OpenedStore OpenStoreFile(const fs::path& file, const StoreOptions& options)
 {
     static_cast<void>(MakePrivateFolders(file.parent_path())); // a failure shows when the file is opened
-    std::string before;
-    for (bool again = false;; again = true) {
-        Database database = Connect(Utf8(file), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-        const StoreFinding finding = Accept(database.get(), options);
-        if (finding == StoreFinding::Usable)
-            return {std::move(database), true, before.empty() ? before : before + "a new one was begun."};
-        database.reset();
-        if (!again && (finding == StoreFinding::Damaged || finding == StoreFinding::Foreign)) {
-            if (const auto name = SetStoreAside(file)) {
-                before
-                    = std::string(finding == StoreFinding::Damaged ? "The store was damaged"
-                                                                   : "The store's file was another program's")
-                    + " and was set aside as " + Utf8(name->filename()) + "; ";
-                continue;
-            }
-        }
-        std::string reason = ReasonNotKept(finding);
-        if (!before.empty())
-            reason.front() = 't';
-        return {OpenInMemory(file, finding), false, before + reason + ", so marks are not kept."};
+    Place place = LookAt(file);
+    Database database;
+    if (place.finding == StoreFinding::Usable)
+        place.finding = OpenFile(file, options, database);
+    if (place.finding == StoreFinding::Damaged || place.finding == StoreFinding::Foreign) {
+        const StoreFinding found = place.finding;
+        place = SetAside(file, Aside::FileAndItsJournals,
+            found == StoreFinding::Damaged ? "The store was damaged"
+                                           : "The store's file was another program's",
+            kBegunAnew);
+        place.finding = place.finding == StoreFinding::Usable ? OpenFile(file, options, database) : found;
     }
+    if (place.finding == StoreFinding::Usable)
+        return {std::move(database), true, place.before + place.whenUsable};
+    std::string reason = ReasonNotKept(place.finding);
+    if (!place.before.empty())
+        reason.front() = 't';
+    return {OpenInMemory(file, place.finding), false, place.before + reason + ", so marks are not kept."};
+}
+
+fs::path NameOfNew(const fs::path& file)
+{
+    return With(file, ".new");
+}
+
+std::optional<fs::path> PutInPlace(const fs::path& made, const fs::path& file, Aside what)
+{
+    std::error_code failure;
+    fs::path name;
+    if (fs::exists(file, failure)) {
+        const auto aside = SetStoreAside(file, what);
+        if (!aside)
+            return std::nullopt;
+        name = *aside;
+    } else {
+        for (const char* part : {"-wal", "-journal", "-shm"})
+            DeleteFileIfExists(With(file, part));
+    }
+    Sync(made);
+    fs::rename(made, file, failure);
+    if (failure)
+        return std::nullopt;
+    Sync(file.parent_path()); // a name lasts only when its folder is on the disk
+    return name;
 }
 
 void WaitForLocks(sqlite3* database, bool wait)

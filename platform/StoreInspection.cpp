@@ -12,10 +12,6 @@ namespace vantro {
 
 namespace {
 
-// The check takes 5 ms for each MiB. This size is some 20,000 items; a start with a larger one would be felt
-// to wait.
-constexpr std::int64_t kCheckLimitPages = (8LL << 20) / 4096;
-
 // Table texts are compared without blanks and case, as another tool may have laid them out differently.
 std::string Squeezed(std::string_view sql)
 {
@@ -40,10 +36,9 @@ StoreFinding StoreInspection::Judge()
     const bool fits = blank_ || HasOurTables();
     if (failure_ == SQLITE_OK && id != kApplicationId && !(id == 0 && fits))
         return StoreFinding::Foreign;
-    const bool sound = fits && (Number("PRAGMA page_count") > kCheckLimitPages || PassesCheck());
     if (failure_ != SQLITE_OK)
         return FindingOf(database_, failure_);
-    return sound ? StoreFinding::Usable : StoreFinding::Damaged;
+    return fits ? StoreFinding::Usable : StoreFinding::Damaged;
 }
 
 std::int64_t StoreInspection::Number(const char* constantSql)
@@ -64,14 +59,6 @@ bool StoreInspection::HasOurTables()
         found.push_back(Squeezed(result.Text(0)));
     Note(result.Code());
     return found == std::vector{Squeezed(kKeyTable), Squeezed(kValueTable)};
-}
-
-bool StoreInspection::PassesCheck()
-{
-    SqliteStatement statement(database_, "PRAGMA quick_check(1)");
-    const auto result = statement.Run();
-    Note(result.Code());
-    return result.HasRow() && result.Text(0) == "ok";
 }
 
 void StoreInspection::Note(int code)

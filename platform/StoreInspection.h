@@ -7,14 +7,14 @@
 
 namespace vantro {
 
-// Looks at a file's own marks and content: whether it is a store, of which version, and whole. Reads only.
-// Meant to stand in a transaction, so that what was seen still holds when the file is then written.
+// Looks at a file's own marks and tables: whether it is a store, and of which version. Reads only; whether
+// the content is whole is found out while the program runs (StoreCheck). Meant to stand in a transaction, so
+// that what was seen still holds when the file is then written.
 class StoreInspection {
 public:
     // `database` outlives the inspection.
     explicit StoreInspection(sqlite3* database) : database_(database) { }
 
-    // Takes 5 ms for each MiB of a file of up to 8 MiB; the content of a larger one is not checked.
     [[nodiscard]] StoreFinding Judge();
     // Whether the tables are still to be laid down in what Judge() found usable.
     [[nodiscard]] bool IsBlank() const { return blank_; }
@@ -22,7 +22,6 @@ public:
 private:
     [[nodiscard]] std::int64_t Number(const char* constantSql);
     [[nodiscard]] bool HasOurTables();
-    [[nodiscard]] bool PassesCheck();
     void Note(int code);
 
     sqlite3* database_;

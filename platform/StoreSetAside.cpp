@@ -5,6 +5,7 @@
 #include <ctime>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace vantro {
@@ -13,9 +14,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+struct Part {
+    const char* suffix;
+    const char* apart; // by which SQLite knows no journal
+};
+
 // The journals go first and the file last: were the program killed half way, the file would still be found in
 // its place, while SQLite deletes a journal it finds without its file.
-constexpr std::array<const char*, 4> kParts{"-wal", "-journal", "-shm", ""};
+constexpr std::array<Part, 4> kParts{
+    {{"-wal", ".wal"}, {"-journal", ".journal"}, {"-shm", ".shm"}, {"", ""}}};
 
 std::string LocalDateAndTime()
 {
@@ -32,13 +39,18 @@ fs::path WithSuffix(fs::path path, const std::string& suffix)
     return path += suffix;
 }
 
+bool IsTaken(const fs::path& name)
+{
+    std::error_code ignored;
+    return fs::symlink_status(name, ignored).type() != fs::file_type::not_found;
+}
+
 // Of the file, which nothing has yet, nor what its journals would be called.
 fs::path FreeName(const fs::path& file)
 {
     const auto isTaken = [](const fs::path& name) {
-        return std::ranges::any_of(kParts, [&](const char* part) {
-            std::error_code ignored;
-            return fs::symlink_status(WithSuffix(name, part), ignored).type() != fs::file_type::not_found;
+        return std::ranges::any_of(kParts, [&](const Part& part) {
+            return IsTaken(WithSuffix(name, part.suffix)) || IsTaken(WithSuffix(name, part.apart));
         });
     };
     const fs::path wanted = WithSuffix(file, ".damaged-" + LocalDateAndTime());
@@ -50,18 +62,22 @@ fs::path FreeName(const fs::path& file)
 
 } // namespace
 
-std::optional<fs::path> SetStoreAside(const fs::path& file)
+std::optional<fs::path> SetStoreAside(const fs::path& file, Aside what)
 {
     const fs::path name = FreeName(file);
-    std::vector<const char*> moved;
-    for (const char* part : kParts) {
+    std::vector<std::pair<fs::path, fs::path>> moved;
+    for (const Part& part : kParts) {
+        if (what == Aside::JournalsAlone && *part.suffix == '\0')
+            continue;
+        const fs::path from = WithSuffix(file, part.suffix);
+        const fs::path to = WithSuffix(name, what == Aside::FileAndItsJournals ? part.suffix : part.apart);
         std::error_code failure;
-        fs::rename(WithSuffix(file, part), WithSuffix(name, part), failure);
+        fs::rename(from, to, failure);
         if (!failure) {
-            moved.push_back(part);
+            moved.emplace_back(from, to);
         } else if (failure != std::errc::no_such_file_or_directory) {
-            for (const char* back : moved)
-                fs::rename(WithSuffix(name, back), WithSuffix(file, back), failure);
+            for (const auto& [before, after] : moved)
+                fs::rename(after, before, failure);
             return std::nullopt;
         }
     }

@@ -22,6 +22,7 @@ constexpr std::size_t kHeadLimit = 256UL * 1024; // bytes of header lines of one
 constexpr long kSilentBelow = 10;
 constexpr long kPieceSize = 256L * 1024; // bytes taken from the network at once
 constexpr const char* kEndlessHead = "The header of the server's answer is too long";
+constexpr const char* kCutAnswer = "The connection broke off in the middle of the answer";
 
 std::int32_t Clamp32(std::int64_t bytes)
 {
@@ -251,7 +252,7 @@ void Transfer::HopEnded(CURLcode code)
     } else if (!failure.empty()) {
         Fail(failure);
     } else if (!answer_.IsComplete()) {
-        Fail("The connection broke off in the middle of the answer"); // which libcurl calls a success
+        Fail(kCutAnswer); // which libcurl calls a success
     } else {
         state_ = State::Ended;
         AsyncProperty end = Progress(ReadStatusCode::EndOfData);
@@ -336,12 +337,20 @@ std::string Transfer::Describe(CURLcode code) const
         return "The server sent almost nothing for " + TimeText(settings_.limits.silence);
     if (code == CURLE_OUT_OF_MEMORY && HasSentRequest() && !answer_.IsComplete())
         return kEndlessHead; // one line longer than libcurl keeps
+    if (code == CURLE_GOT_NOTHING && headSize_ > 0)
+        return kCutAnswer; // there was an interim one
     if (code == CURLE_BAD_CONTENT_ENCODING)
         return "The server sent the file in a coding that cannot be read"
             + (answer_.Coding().empty() ? "" : ": " + answer_.Coding());
+    long systemError = 0;
+    curl_easy_getinfo(easy_.get(), CURLINFO_OS_ERRNO, &systemError);
+    if (code == CURLE_RECV_ERROR && systemError == 0 && answer_.IsComplete() && address_.starts_with("http:"))
+        code = CURLE_WEIRD_SERVER_REPLY; // chunks that are none; of TLS this may be a connection that broke
     long proxyStatus = 0; // of a tunnel through the proxy
     curl_easy_getinfo(easy_.get(), CURLINFO_HTTP_CONNECTCODE, &proxyStatus);
-    if (proxyStatus >= 300)
+    const bool isOfTransfer
+        = code == CURLE_RECV_ERROR || code == CURLE_SEND_ERROR || code == CURLE_OUT_OF_MEMORY;
+    if (proxyStatus >= 300 || (isOfTransfer && !HasSentRequest()))
         code = CURLE_PROXY;
     return FailureSentence(code, Shortened(HostOf(address_)));
 }

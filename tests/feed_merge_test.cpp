@@ -103,7 +103,7 @@ TEST_F(FeedMergeTest, ReadsEachFieldByItselfAsUtf8OrElseAsWindows1252)
 TEST_F(FeedMergeTest, TakesTheFirstItemsOfAFeedWithTooManyAndSaysSo)
 {
     Titles titles;
-    for (int i = 1; i <= 20'000; ++i)
+    for (int i = 1; i <= 10'000; ++i)
         titles.push_back(std::to_string(i));
     ReceiveTitles(modXBOXSCENE, titles);
     EXPECT_EQ(said_, Titles{});
@@ -112,9 +112,32 @@ TEST_F(FeedMergeTest, TakesTheFirstItemsOfAFeedWithTooManyAndSaysSo)
         titles.front() = first;
         ReceiveTitles(modXBOXSCENE, titles);
         EXPECT_EQ(std::exchange(said_, {}),
-            (Titles{"Xbox-Scene sent more than 20000 items; the first 20000 were taken."}));
+            (Titles{"Xbox-Scene sent more than 10000 items; the first 10000 were taken."}));
     }
     EXPECT_EQ(TreeTitles(modXBOXSCENE), Titles(titles.begin(), titles.end() - 1));
+}
+
+TEST_F(FeedMergeTest, TakesTheBeginningsOfTextsThatAreTooLongAndTheItemsThatFit)
+{
+    const std::string most(kLongestText - 1, 'x');
+    const auto item = [](const std::string& title, const std::string& text) {
+        return "<item><title>" + title + "</title><description>" + text + "</description></item>";
+    };
+    const std::string cut = "Vantro sent a text of more than 1 MiB; its beginning was taken.";
+    Receive(modVANTRO, item("A", most + "y") + item("B", "b"));
+    EXPECT_EQ(said_, Titles{});
+    Receive(modVANTRO, item("C", most + "\u00e9 and more") + item("B", "b"));
+    EXPECT_EQ(Stored(modVANTRO, 1, "Description"), most) << "no half of a letter";
+    EXPECT_EQ(std::exchange(said_, {}), Titles{cut});
+    std::string feed;
+    for (char title = 'a'; title <= 'e'; ++title)
+        feed += item({title}, most + "y");
+    Receive(modVANTRO, feed);
+    EXPECT_EQ(TreeTitles(modVANTRO), (Titles{"a", "b", "c"}));
+    Receive(modVANTRO, item("n", "n") + item("o", std::string(kMostRead, 'x')));
+    EXPECT_EQ(TreeTitles(modVANTRO), (Titles{"n"}));
+    const std::string tooMuch = "Vantro sent too much text; its last items were left out.";
+    EXPECT_EQ(said_, (Titles{tooMuch, tooMuch}));
 }
 
 TEST_F(FeedMergeTest, LeavesStoreAndTreeAloneOnFeedsWithoutItems)

@@ -8,6 +8,7 @@ namespace vantro {
 using Verdict = NavigationPolicy::Verdict;
 
 const std::string kFrames = "vantro-page://7/frames.htm", kMain = "vantro-page://7/main.htm",
+                  kTitle = "vantro-page://7/title.htm?text",
                   kStory = "vantro-page://story-7.vantro-page/x/y.html";
 
 TEST(NavigationPolicy, LetsEachPartOfThePageInOnceAndInItsTime)
@@ -19,20 +20,23 @@ TEST(NavigationPolicy, LetsEachPartOfThePageInOnceAndInItsTime)
     policy.PageBegins(kFrames, {"vantro-page://7/title.htm", kMain});
     EXPECT_TRUE(allows(kFrames));
     EXPECT_FALSE(allows(kFrames));
-    policy.FrameBegins(kStory);
+    policy.TextsBegin({kStory, kTitle});
     EXPECT_TRUE(!allows(kMain) && allows(kStory) && !allows(kStory)) << "too late; once";
-    policy.FrameBegins(kMain);
     policy.PageEnds();
-    EXPECT_TRUE(!allows(kMain) && allows(kStory, true));
+    EXPECT_TRUE(!allows(kTitle) && allows(kStory, true));
     policy.PageBegins("vantro-page://8/frames.htm");
     EXPECT_FALSE(allows(kStory, true)) << "that of another display";
+    for (int load = 0; load < 2; ++load)
+        policy.PageBegins("about:blank");
+    EXPECT_TRUE(allows("about:blank") && allows("about:blank") && !allows("about:blank"))
+        << "both are asked about";
 }
 
 TEST(NavigationPolicy, LetsNothingElseMoveThatTheUserDidNotClick)
 {
     NavigationPolicy policy;
     policy.PageBegins(kFrames, {}, DisplayAddress(7, "http://a.example/x/y.html"));
-    policy.FrameBegins(kStory);
+    policy.TextsBegin({kStory});
     policy.PageEnds();
     const std::string web = "http://b.example/", relative = "vantro-page://story-7.vantro-page/e";
     const std::tuple<Navigation, Verdict, std::string> cases[] = {

@@ -7,8 +7,10 @@
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
+#include <glib.h>
 #include <set>
 #include <sys/fsuid.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -27,7 +29,8 @@ extern "C" int rename(const char* from, const char* to) noexcept
 {
     if (renamesUntilFailure-- == 0)
         return errno = EACCES, -1;
-    lastRenamed = from;
+    if (!std::string_view(from).ends_with(".new"))
+        lastRenamed = from;
     return renameat(AT_FDCWD, from, AT_FDCWD, to);
 }
 
@@ -102,6 +105,9 @@ TEST_F(RegistryStoreTest, TheFileIsPrivateMarkedAndHoldsARowForEveryLevelHowever
     for (const std::string& none : {""s, "\\"s, R"(R\Sites\2)"s, "R\\Site"s, "R\\Sites\\1\0"s})
         EXPECT_EQ(store.OpenKey(none), 0) << none;
     EXPECT_EQ(fs::status(file_.parent_path()).permissions(), fs::perms::owner_all);
+    for (const char* part : {"", "-wal", "-shm"})
+        EXPECT_EQ(
+            fs::status(file_.string() + part).permissions(), fs::perms::owner_read | fs::perms::owner_write);
     const Database other = Tell(file_, "");
     SqliteStatement marks(other.get(),
         "SELECT group_concat(path) || application_id || user_version"
@@ -148,7 +154,8 @@ TEST_F(RegistryStoreTest, WhatIsDamagedOrForeignIsSetAsideAndANewStoreBegun)
     const std::string foreign = "The store's file was another program's and was set aside as ";
     const std::tuple<const char*, Spoil, std::string> cases[] = {
         {"zeroes", Overwrite(0, std::string(20'000, '\0')), damaged},
-        {"rubbish behind a good head", Overwrite(4096, std::string(12'000, '\xaa')), damaged},
+        {"a file cut to one byte", [](const fs::path& file) { fs::resize_file(file, 1); }, damaged},
+        {"a file cut to nothing", [](const fs::path& file) { fs::resize_file(file, 0); }, damaged},
         {"a format SQLite does not know", Overwrite(47, "\x09"), damaged},
         {"a cut-off file", [](const fs::path& file) { fs::resize_file(file, 8192); }, damaged},
         {"another column", Alter("ALTER TABLE reg_key ADD COLUMN more"), damaged},
@@ -176,17 +183,121 @@ TEST_F(RegistryStoreTest, WhatIsDamagedOrForeignIsSetAsideAndANewStoreBegun)
     }
 }
 
-TEST_F(RegistryStoreTest, InALargeFileDamageShowsWhereItIsMetAndABatchThatMeetsItFails)
+// What is told of a store that is watched.
+struct Watched {
+    explicit Watched(RegistryStore& store)
+    {
+        store.Watch({[this](const std::string& sentence) { said += sentence; }, [this] { isReread = true; }});
+    }
+    void Wait() const
+    {
+        for (const auto end = std::chrono::steady_clock::now() + 5s;
+             !isReread && std::chrono::steady_clock::now() < end;)
+            g_main_context_iteration(nullptr, FALSE);
+    }
+    std::string said;
+    bool isReread = false;
+};
+
+TEST_F(RegistryStoreTest, DamageIsFoundWhileTheProgramRunsAndWhatCanBeReadIsKept)
 {
-    for (const std::streamoff where : {8192, 4 << 20}) { // the index of the paths; inside the text
-        fs::remove(file_);
-        StoreOneItem(std::string(9U << 20, 'x'));
-        Overwrite(where, std::string(4000, '\xaa'))(file_);
+    constexpr int kKeys = 4000;
+    {
+        RegistryStore store(file_);
+        RegistryStore::Batch batch(store);
+        for (int i = 1; i <= kKeys; ++i)
+            Put(store, "R\\" + std::to_string(i), std::string(100, 'x'));
+        EXPECT_FALSE(batch.Commit());
+    }
+    const auto pages = static_cast<std::streamoff>(fs::file_size(file_) / 4096);
+    const std::string whole = ReadWholeFile(file_).value_or("");
+    for (std::streamoff page = 1; page < pages; page += pages / 7) {
+        std::ofstream(file_) << whole;
+        Overwrite(page * 4096, std::string(4096, '\xaa'))(file_);
+        const auto bytes = ReadWholeFile(file_);
         RegistryStore store(file_);
         EXPECT_EQ(store.Notice(), "");
-        RegistryStore::Batch batch(store);
-        EXPECT_EQ(Get(store, "R\\1"), "(none)");
-        EXPECT_EQ(batch.Commit(), "The store is damaged.") << where;
+        const Watched watched(store);
+        watched.Wait();
+        const std::string start = "The store was damaged and was set aside as ";
+        ASSERT_EQ(watched.said.substr(0, start.size()), start) << page;
+        const std::string name = watched.said.substr(start.size(), watched.said.find(';') - start.size());
+        EXPECT_TRUE(ReadWholeFile(folder_.Path() / name) == bytes) << name;
+        int left = 0;
+        for (int i = 1; i <= kKeys; ++i)
+            left += Get(store, "R\\" + std::to_string(i)).size() == 100 ? 1 : 0;
+        EXPECT_GT(left, kKeys * 9 / 10) << page;
+        EXPECT_TRUE(Put(store, "R\\new", "x") && store.IsKept());
+    }
+}
+
+TEST_F(RegistryStoreTest, AStoreThatIsRemovedRenamedOrReplacedIsWrittenAgain)
+{
+    const fs::path folder = folder_.Path() / "vantro";
+    file_ = folder / "registry.db";
+    const std::tuple<const char*, std::function<void()>, std::string> cases[] = {
+        {"removed", [&] { fs::remove(file_); }, "The store was removed while"},
+        {"with its folder", [&] { fs::remove_all(folder); }, "The store was removed while"},
+        {"renamed", [&] { fs::rename(file_, folder / "mine"); }, "The store was removed while"},
+        {"replaced",
+            [&] {
+                fs::rename(file_, folder / "mine");
+                std::ofstream(file_) << "my diary";
+            },
+            "Another file had been put in the place of the store; it was set aside as registry.db.damaged-"},
+    };
+    for (const auto& [what, act, sentence] : cases) {
+        SCOPED_TRACE(what);
+        fs::remove_all(folder);
+        {
+            RegistryStore store(file_);
+            const Watched watched(store);
+            EXPECT_TRUE(Put(store, "R\\1", "before"));
+            act();
+            EXPECT_TRUE(Put(store, "R\\2", "after"));
+            EXPECT_EQ(watched.said.substr(0, sentence.size()), sentence);
+        }
+        RegistryStore store(file_);
+        EXPECT_EQ(Get(store, "R\\1") + Get(store, "R\\2") + store.Notice(), "beforeafter");
+    }
+}
+
+TEST_F(RegistryStoreTest, AJournalThatIsDamagedOrHasNoFileIsSetAsideAndSaid)
+{
+    const fs::path journal = file_.string() + "-wal";
+    const std::tuple<const char*, Spoil, std::string> cases[] = {
+        {"its head", [&](const fs::path&) { Overwrite(20, "\xaa")(journal); },
+            "The store's journal was damaged"},
+        {"a commit", [&](const fs::path&) { Overwrite(32 + 24 + 100, "\xaa")(journal); },
+            "The store's journal was damaged"},
+        {"no file", [](const fs::path& file) { fs::remove(file); }, "The store was missing; its journal"},
+        {"its end, which was never acknowledged",
+            [&](const fs::path&) { fs::resize_file(journal, fs::file_size(journal) - 100); }, ""},
+        {"bytes behind its end", [&](const fs::path&) { std::ofstream(journal, std::ios::app) << "more"; },
+            ""},
+    };
+    for (const auto& [what, spoil, notice] : cases) {
+        SCOPED_TRACE(what);
+        for (const auto& left : fs::directory_iterator(folder_.Path()))
+            fs::remove(left);
+        {
+            RegistryStore store(file_);
+            EXPECT_TRUE(Put(store, "R\\1", "one") && Put(store, "R\\2", "two"));
+            fs::copy_file(file_, file_.string() + "-kept");
+            fs::copy_file(journal, journal.string() + "-kept");
+        }
+        fs::rename(file_.string() + "-kept", file_); // as a killed program leaves them
+        fs::rename(journal.string() + "-kept", journal);
+        spoil(file_);
+        const auto bytes = ReadWholeFile(journal);
+        RegistryStore store(file_);
+        EXPECT_TRUE(store.IsKept());
+        EXPECT_EQ(store.Notice().substr(0, notice.size()), notice);
+        EXPECT_EQ(store.Notice().empty(), notice.empty());
+        bool isThere = notice.empty();
+        for (const auto& file : fs::directory_iterator(folder_.Path()))
+            isThere = isThere || (file.path() != journal && ReadWholeFile(file) == bytes);
+        EXPECT_TRUE(isThere) << "nothing is thrown away";
     }
 }
 
@@ -235,6 +346,9 @@ TEST_F(RegistryStoreTest, AStoreThatIsNewerOrCannotBeBegunIsLeftAsItIs)
     ExpectNotKept("The store was written by a newer version of this program", "(none)");
     file_ = folder_.Write("a file", "no folder") / "registry.db";
     ExpectNotKept("The store cannot be written", "(none)");
+    file_ = folder_.Path() / "pipe";
+    EXPECT_EQ(mkfifo(file_.c_str(), 0600), 0);
+    EXPECT_EQ(RegistryStore(file_).Notice(), "The store cannot be written, so marks are not kept.");
 }
 
 } // namespace vantro

@@ -39,7 +39,7 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
     // The engine also reports loads that were given up for a newer one, and "finished" after every failure.
     events.finished = [this](const std::string& address) {
         if (loading_ && address == page_.address)
-            NextText();
+            SendTexts();
     };
     events.failed = [this](const std::string& address) {
         if (loading_ && address == page_.address)
@@ -69,8 +69,8 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
         [this](wxTimerEvent&) {
             if (!loading_)
                 return;
-            native_->Stop(); // what has come is painted only then
             Finish(LoadEnd::TimedOut);
+            native_->Stop(); // what has come is painted only then
         },
         limit_.GetId());
     Bind(
@@ -134,7 +134,7 @@ void Browser::Begin(Page page, std::map<std::string, PagePart> parts, LoadEnded 
 void Browser::Load()
 {
     loading_ = true;
-    textsSent_ = 0;
+    awaited_.clear();
     policy_.PageBegins(page_.address, page_.frames, page_.addresses);
     native_->Load(page_.address);
     stopped_.StartOnce(kLookForStopped);
@@ -216,17 +216,16 @@ std::optional<PagePart> Browser::Part(const std::string& address) const
 }
 
 // The engine paints a page with frames only when everything in them has come, pictures from anywhere
-// included. So the frames are empty at first, and are sent to their texts one after the other when the page
-// is there.
-void Browser::NextText()
+// included. So the frames are empty at first, and are sent to their texts when the page is there.
+void Browser::SendTexts()
 {
-    if (textsSent_ == page_.texts.size()) {
+    for (const auto& [frame, address] : page_.texts)
+        awaited_.push_back(address);
+    if (awaited_.empty())
         Finish(LoadEnd::Complete);
-        return;
-    }
-    const auto& [frame, address] = page_.texts[textsSent_++];
-    policy_.FrameBegins(address);
-    native_->LoadFrame(frame, address, true);
+    policy_.TextsBegin(awaited_);
+    for (const auto& [frame, address] : page_.texts)
+        native_->LoadFrame(frame, address, true);
 }
 
 void Browser::Finish(LoadEnd end)
@@ -246,12 +245,12 @@ void Browser::DocumentCame(const DocumentEnd& end)
     if (IsOwnAddress(end.address)) {
         followed_.clear();
         native_->SetCookies(false);
-        if (!loading_ || textsSent_ == 0 || end.address != page_.texts[textsSent_ - 1].second)
+        if (!loading_ || end.kind == DocumentEnd::Kind::Answered || std::erase(awaited_, end.address) == 0)
             return;
-        if (end.kind == DocumentEnd::Kind::Finished)
-            NextText();
-        else if (end.kind != DocumentEnd::Kind::Answered)
+        if (end.kind != DocumentEnd::Kind::Finished)
             Finish(LoadEnd::Failed);
+        else if (awaited_.empty())
+            Finish(LoadEnd::Complete);
         return;
     }
     if (!IsWebAddress(end.address) || end.kind == DocumentEnd::Kind::Finished)

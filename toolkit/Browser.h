@@ -9,7 +9,6 @@
 #include "web/PageBrowser.h"
 
 #include <chrono>
-#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -66,7 +65,7 @@ private:
     void LoadAfresh();
     void LookForStopped();
     void Lost();
-    void NextText();
+    void SendTexts();
     void Finish(LoadEnd end);
 
     bool Allow(const Navigation& navigation);
@@ -89,7 +88,7 @@ private:
     Page page_;
     std::map<std::string, PagePart> parts_; // by address; kept for going back to the page
     bool loading_ = false;
-    std::size_t textsSent_ = 0;
+    std::vector<std::string> awaited_; // texts of frames
     LoadEnded ended_;
     std::string wanted_; // the web address that a frame was sent to last
     std::string followed_; // the one that is there; empty while it is a page of ours

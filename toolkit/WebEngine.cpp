@@ -1,13 +1,19 @@
 #include "toolkit/WebEngine.h"
 
+#include "platform/Files.h"
 #include "platform/IdleCall.h"
 #include "platform/ProcessLimits.h"
+#include "platform/SessionBus.h"
 
+#include <cstdlib>
 #include <dlfcn.h>
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <future>
+#include <link.h>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -43,6 +49,45 @@ Function* Find(void* module, const char* name)
     return reinterpret_cast<Function*>(found);
 }
 
+// The file that tells the engine's processes to take our graphics library for the system's; empty when it
+// names another than the one that lies beside it, as they would not start then.
+std::string DescriptionOfGraphics()
+{
+    void* module = dlopen("vantro-graphics.so", RTLD_LAZY | RTLD_LOCAL);
+    link_map* found = nullptr;
+    if (module == nullptr || dlinfo(module, RTLD_DI_LINKMAP, static_cast<void*>(&found)) != 0)
+        return {};
+    std::error_code failed;
+    const std::filesystem::path library = std::filesystem::canonical(found->l_name, failed);
+    std::filesystem::path description = library;
+    description.replace_extension(".json");
+    const std::optional<std::string> text = ReadWholeFile(description);
+    return text && text->find('"' + library.string() + '"') != std::string::npos ? description.string() : "";
+}
+
+std::vector<const char*> SetEnvironment()
+{
+    const std::pair<const char*, std::string> wanted[] = {
+        // What these libraries keep would stay in the user's cache folder.
+        {"MESA_SHADER_CACHE_DISABLE", "true"},
+        {"GST_REGISTRY_DISABLE", "yes"},
+        // Nothing is drawn by a graphics library, so none is to be started: not for the first program on a
+        // display, nor for a view, nor by the engine's processes.
+        {"GDK_GL", "disable"},
+        {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"},
+        // It would look at the machine's memory every five seconds, for ever.
+        {"WEBKIT_DISABLE_MEMORY_PRESSURE_MONITOR", "1"},
+        {kGraphicsVariable, DescriptionOfGraphics()},
+        {kSessionBusVariable, IsSessionBusAnnounced() ? "" : kNoSessionBus},
+    };
+    std::vector<const char*> set;
+    for (const auto& [name, value] : wanted) {
+        if (!value.empty() && std::getenv(name) == nullptr && setenv(name, value.c_str(), 0) == 0)
+            set.push_back(name);
+    }
+    return set;
+}
+
 // Whether nobody has put another allocator in the place of the library's, as checkers do.
 bool AllocatesByLibc()
 {
@@ -58,7 +103,7 @@ OpenModule Open()
     if (const auto lacking = WhatIsLacking(kNeeds))
         throw Failure(*lacking);
     const int search = AllocatesByLibc() ? RTLD_DEEPBIND : 0;
-    void* module = dlopen(VANTRO_ENGINE_MODULE, RTLD_LAZY | RTLD_LOCAL | search);
+    void* module = dlopen("vantro-engine.so", RTLD_LAZY | RTLD_LOCAL | search);
     const bool hasSandbox = Find<decltype(vantro_prepare_engine)>(module, "vantro_prepare_engine")();
     return {Find<NewView>(module, "vantro_new_view"), hasSandbox};
 }
@@ -108,6 +153,12 @@ OpenModule Opened()
 }
 
 } // namespace
+
+const std::vector<const char*>& EngineEnvironment()
+{
+    static const std::vector<const char*> set = SetEnvironment();
+    return set;
+}
 
 void OpenEngine(std::function<void()> tried)
 {

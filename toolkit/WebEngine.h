@@ -4,21 +4,14 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace vantro {
 
-// What the engine is to find in the environment. Programs that are opened outside are not to have it.
-struct EngineVariable {
-    const char* name;
-    const char* value;
-};
-inline constexpr EngineVariable kEngineEnvironment[] = {
-    // What these libraries keep would stay in the user's cache folder.
-    {"MESA_SHADER_CACHE_DISABLE", "true"},
-    {"GST_REGISTRY_DISABLE", "yes"},
-    // Nor is the graphics library started for a view that is drawn without it.
-    {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"},
-};
+// Sets, but not over what the user has set, what the engine and the window library are to find in the
+// environment, and tells the names of what was set: programs that are opened outside are not to have it. To
+// be called first where there is no other thread yet; later calls only tell.
+const std::vector<const char*>& EngineEnvironment();
 
 // Begins to open the engine, in a thread of its own as it takes a tenth of a second; it stays open for the
 // whole process. `tried` is called from the main loop, soon after it is open or cannot be opened. Interface
@@ -31,6 +24,9 @@ void OpenEngine(std::function<void()> tried);
 
 // Whether the process that draws the pages is kept from the rest of the system. REQUIRES: there is a view.
 [[nodiscard]] bool EngineHasSandbox();
+
+// Tells libEGL, here and in the engine's processes, which graphics library to load.
+inline constexpr const char* kGraphicsVariable = "__EGL_VENDOR_LIBRARY_FILENAMES";
 
 // What the engine's module exports.
 extern "C" {

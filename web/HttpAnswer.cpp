@@ -14,6 +14,7 @@ namespace vantro {
 namespace {
 
 constexpr std::size_t kLongestText = 200;
+constexpr int kSwitching = 101; // what follows is another protocol, and no further answer
 
 constexpr std::array<std::pair<int, std::string_view>, 16> kReasons{{
     {300, "Multiple Choices"},
@@ -53,7 +54,7 @@ bool HttpAnswer::TakeLine(std::string_view line)
         TakeStatus(line);
     } else if (!line.empty()) {
         TakeField(line);
-    } else if (status_ / 100 == 1) {
+    } else if (status_ / 100 == 1 && status_ != kSwitching) {
         *this = {};
     } else {
         complete_ = status_ != 0;

@@ -3,23 +3,26 @@
 #include "web/WebAddress.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace vantro {
 
 void NavigationPolicy::PageBegins(std::string address, std::vector<std::string> frames, DisplayAddress page)
 {
+    // The load that this one takes the place of may have the same address and still be asked about.
+    const auto asked = static_cast<std::size_t>(std::ranges::count(awaited_, address));
     addresses_ = std::move(page);
     page_ = std::move(address);
     texts_.clear();
     awaited_ = std::move(frames);
-    awaited_.push_back(page_);
+    awaited_.insert(awaited_.end(), asked + 1, page_);
 }
 
-void NavigationPolicy::FrameBegins(const std::string& address)
+void NavigationPolicy::TextsBegin(std::vector<std::string> addresses)
 {
-    texts_.push_back(address);
-    awaited_.assign(1, address);
+    texts_ = std::move(addresses);
+    awaited_ = texts_;
 }
 
 void NavigationPolicy::PageEnds()

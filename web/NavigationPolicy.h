@@ -37,8 +37,8 @@ public:
 
     // The program sends the whole view to `address`, which has these frames.
     void PageBegins(std::string address, std::vector<std::string> frames = {}, DisplayAddress page = {});
-    // The program points a frame of it at its text.
-    void FrameBegins(const std::string& address);
+    // The program points the frames at their texts.
+    void TextsBegin(std::vector<std::string> addresses);
     // The page and its frames are there, or never will be.
     void PageEnds();
 

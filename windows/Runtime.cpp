@@ -9,11 +9,11 @@ namespace vantro {
 
 namespace {
 
-// Feed servers like to know who asks.
+// Feed servers like to know who asks; the build would tell users apart.
 std::string UserAgent()
 {
     return std::string(ProductName) + "/" + std::to_string(kBuildSettings.versionMajor) + "."
-        + std::to_string(kBuildSettings.versionMinor) + "." + std::to_string(kBuildSettings.versionRevision);
+        + std::to_string(kBuildSettings.versionMinor);
 }
 
 } // namespace

@@ -2,13 +2,11 @@
 
 #include "platform/IdleCall.h"
 #include "platform/ProcessLimits.h"
-#include "platform/SessionBus.h"
 #include "toolkit/Fonts.h"
 #include "toolkit/WebEngine.h"
 #include "windows/frmMain.h"
 
 #include <wx/log.h>
-#include <wx/utils.h>
 
 namespace vantro {
 
@@ -17,17 +15,8 @@ bool VantroApp::Initialize(int& count, wxChar** arguments)
 {
     MendFolderVariables();
     RaiseFileLimit();
-    for (const EngineVariable& variable : kEngineEnvironment)
-        wxSetEnv(variable.name, variable.value);
-    if (!IsSessionBusAnnounced())
-        wxSetEnv(kSessionBusVariable, kNoSessionBus);
-    // The first program on a display would start the graphics library, which none of our windows draws by.
-    const bool given = wxGetEnv("GDK_GL", nullptr);
-    if (!given)
-        wxSetEnv("GDK_GL", "disable");
+    EngineEnvironment();
     const bool initialized = wxApp::Initialize(count, arguments);
-    if (!given)
-        wxUnsetEnv("GDK_GL"); // what is opened outside is to have it
     if (initialized)
         BeginToListFonts();
     return initialized;
@@ -44,10 +33,8 @@ bool VantroApp::OnInit()
         if (window_)
             window_->Close(true);
     });
-    instance_ = std::make_unique<SingleInstance>(folders_.data, [this] {
-        if (window_)
-            window_->BringToFront();
-    });
+    instance_ = std::make_unique<SingleInstance>(
+        folders_.data, [this] { return window_ && window_->BringToFront(); });
     if (!instance_->IsFirst())
         return true; // nothing to run, and nothing went wrong
     // The window paints between the ends of two downloads.

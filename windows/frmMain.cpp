@@ -199,6 +199,11 @@ void frmMain::LoadPages()
         runtime_.tree.Select(&first);
         runtime_.tree.SetExpanded(first, false);
     }
+    runtime_.store.Watch({[this](const std::string& sentence) { status_.Say("store", sentence); },
+        [this] {
+            LoadStoredItems(Services());
+            RefreshAllSiteCounts(Services());
+        }});
 }
 
 void frmMain::LoadBrowser()
@@ -265,11 +270,14 @@ void frmMain::ShowPage(const Site& site, const std::string& nodeKey)
         ShowItemPage(site, *display_, nodeKey, [this, &site] { UpdateSiteCounts(site, Services()); });
 }
 
-void frmMain::BringToFront()
+bool frmMain::BringToFront()
 {
+    if (unloaded_)
+        return false;
     Iconize(false);
     Show();
     Raise();
+    return true;
 }
 
 void frmMain::ShowStatus(const std::string& text)

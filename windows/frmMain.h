@@ -55,8 +55,8 @@ public:
     // The start-up: brings the window onto the screen and returns; what needs the browser follows from the
     // event loop.
     void Form_Load();
-    // To the front, also when it was minimised.
-    void BringToFront();
+    // To the front, also when it was minimised. False when it has been closed.
+    bool BringToFront();
 
 private:
     class Timer final : public wxTimer, public MinuteTimer {

@@ -52,8 +52,11 @@ private:
     void Fill();
     void FillCheckBox(const CheckBox& row);
     void FillMinutesBox(const CheckBox& row);
-    void Store(const char* what, const std::function<void()>& writes);
+    // False when nothing of it was stored, which is said.
+    bool Store(const char* what, const std::function<void()>& writes);
     void CheckBox_Click(const CheckBox& row);
+    // Sets what hangs on the box to its state.
+    void FollowCheckBox(const CheckBox& row);
     void MinutesBox_Change(const CheckBox& row);
     void OnClose(wxCloseEvent& event);
     void OnKey(wxKeyEvent& event);

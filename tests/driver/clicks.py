@@ -67,9 +67,10 @@ class Feeds:
 class Pings(threading.Thread):
     """Asks the window for signs of life and notes how long each takes."""
 
-    def __init__(self, window):
+    def __init__(self, window, every=PING_EVERY):
         super().__init__(daemon=True)
         self._window = window
+        self._every = every
         self._screen = Screen()
         self._screen.watch_answers()
         self._sent = {}
@@ -87,7 +88,7 @@ class Pings(threading.Thread):
             number += 1
             self._sent[number] = time.monotonic()
             self._screen.ping(self._window, number)
-            self._listen(self._sent[number] + PING_EVERY)
+            self._listen(self._sent[number] + self._every)
 
     def _listen(self, until):
         while (left := until - time.monotonic()) > 0:

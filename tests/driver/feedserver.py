@@ -167,12 +167,12 @@ MISBEHAVIOURS = (slow, gzipped, packed_wrong, chunked, not_found, moved, moved_i
                  length_too_small, length_absurd)
 
 
-def document(titles, address):
-    """A feed with an item for each title that has every element any site takes."""
+def document(titles, address, text=""):
+    """A feed with an item for each title that has every element any site takes, and after its picture the text."""
     items = "".join(
         f"<item><title>{escape(title)}</title><link>{address}/page/{number}</link><homepage>{address}/home</homepage>"
         f"<date>5 July 2003</date><releasedate>2003-07-05</releasedate>"
-        f"<description>Text of <b>{escape(title)}</b><br><img src=\"{address}/picture\"></description></item>\n"
+        f"<description>Text of <b>{escape(title)}</b><br><img src=\"{address}/picture/{number}\">{text}</description></item>\n"
         for number, title in enumerate(titles))
     text = f'<?xml version="1.0" encoding="utf-8"?>\n<rss><channel><title>News</title>\n{items}</channel></rss>\n'
     return text.encode("utf-8", "surrogatepass")

@@ -78,13 +78,14 @@ class Reader:
         (home / "config/vantro/vantro.ini").write_text("[Hosts]\n" + hosts)
         write_store(self.store_file, settings, lists)
 
-    def start(self):
+    def start(self, command=None):
+        """Another program than the one under test may be started in its place."""
         environment = dict(os.environ, XDG_CONFIG_HOME=str(self.home / "config"),
                            XDG_DATA_HOME=str(self.home / "data"), XDG_CACHE_HOME=str(self.home / "cache"))
         with self.errors.open("wb") as errors:
-            self.process = subprocess.Popen([program()], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
+            self.started = time.monotonic()
+            self.process = subprocess.Popen([command or program()], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
                                             stdout=errors, stderr=errors)
-        self.started = time.monotonic()
 
     def traces(self):
         """What the run has left beside its store, its settings and what the starter of this keeps."""

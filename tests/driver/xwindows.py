@@ -1,6 +1,8 @@
 """The X display as a user's hands and eyes need it: which windows stand, and keys and clicks for them."""
 
 import ctypes
+import select
+import time
 from ctypes import POINTER, byref, c_char_p, c_int, c_long, c_uint, c_ulong, c_void_p
 from typing import NamedTuple
 
@@ -10,6 +12,7 @@ _xtst = ctypes.CDLL("libXtst.so.6")
 _CLIENT_MESSAGE = 33
 _SUBSTRUCTURE_NOTIFY = 1 << 19
 _SUBSTRUCTURE_REDIRECT = 1 << 20
+_PROPERTY_CHANGE = 1 << 22
 _LONGEST_PROPERTY = 1024  # in units of four bytes
 _ANY_TYPE = 0
 
@@ -86,6 +89,21 @@ class Screen:
     def main_window(self, pid):
         """The window that belongs to no other, or None."""
         return next((window for window in self.windows(pid) if not self._property(window, "WM_TRANSIENT_FOR")), None)
+
+    def watch_windows(self):
+        """From now on await_main_window() hears of new ones."""
+        _x11.XSelectInput(self._display, self._root, _PROPERTY_CHANGE)
+
+    def await_main_window(self, pid, seconds):
+        """None when it has not come by then."""
+        end = time.monotonic() + seconds
+        event = _Event()
+        while not (window := self.main_window(pid)) and (left := end - time.monotonic()) > 0:
+            if not _x11.XPending(self._display):
+                select.select([self], [], [], left)
+            while _x11.XPending(self._display):
+                _x11.XNextEvent(self._display, byref(event))
+        return window
 
     def dialogs(self, pid):
         return [window for window in self.windows(pid) if self._property(window, "WM_TRANSIENT_FOR")]

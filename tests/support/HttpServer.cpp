@@ -1,6 +1,8 @@
 #include "tests/support/HttpServer.h"
 
 #include <arpa/inet.h>
+#include <array>
+#include <cstddef>
 #include <cstdlib>
 #include <functional>
 #include <poll.h>
@@ -31,11 +33,24 @@ bool Wait(int socket, int milliseconds)
 
 std::string ReceiveHead(int socket)
 {
+    constexpr char kTlsHandshake = 0x16;
     std::string head;
-    for (char next = 0; !head.ends_with("\r\n\r\n"); head += next)
+    for (char next = 0; !head.ends_with("\r\n\r\n"); head += next) {
         if (recv(socket, &next, 1, 0) != 1)
             return {};
+        if (next == kTlsHandshake) {
+            std::array<char, 4096> rest{};
+            (void)recv(socket, rest.data(), rest.size(), 0);
+            return {};
+        }
+    }
     return head;
+}
+
+void Reset(int socket)
+{
+    const linger atOnce{1, 0};
+    setsockopt(socket, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
 }
 
 // Takes the socket over. The work ends when it is done or the thread object goes.
@@ -66,10 +81,10 @@ HttpServer::HttpServer()
     accepting_ = WorkOn(listener, [this, listener] { Accept(listener); });
 }
 
-void HttpServer::Serve(const std::string& path, std::string text, Then then)
+void HttpServer::Serve(const std::string& path, std::string text, Then then, std::string again)
 {
     const std::lock_guard lock(mutex_);
-    answers_[path] = {std::make_shared<const std::string>(std::move(text)), then};
+    answers_[path] = {std::make_shared<const std::string>(std::move(text)), then, std::move(again)};
 }
 
 std::string HttpServer::Address(const std::string& path) const
@@ -104,15 +119,20 @@ void HttpServer::Accept(int listener)
 void HttpServer::Handle(int socket)
 {
     const std::string head = ReceiveHead(socket);
-    const std::string path = head.empty() ? "" : head.substr(4, head.find(' ', 4) - 4); // after "GET "
+    const std::size_t begin = head.find(' ') + 1; // of the path; 0 without a head
+    const std::string path = head.substr(begin, head.find(' ', begin) - begin);
     std::unique_lock lock(mutex_);
     lastRequest_ = head;
     requests_ += head;
     ++answers_[path].hits;
-    const auto [text, then, hits, ended] = answers_[path];
+    const auto [text, then, again, hits, ended] = answers_[path];
     lock.unlock();
-    if ((!text || Send(socket, *text)) && then != Then::Close) {
-        const std::string block(then == Then::Flood ? 64 * 1024 : 1, 'x');
+    if (then == Then::Reset)
+        Reset(socket);
+    if ((!text || Send(socket, *text)) && then > Then::Close) {
+        std::string block = again;
+        while (then == Then::Flood && block.size() < 32UL * 1024)
+            block += block;
         while (Wait(socket, static_cast<int>(then)) && Send(socket, block)) { }
     }
     lock.lock();

@@ -14,14 +14,15 @@ namespace vantro::test {
 // and ends them all when it goes.
 class HttpServer {
 public:
-    // Close the connection; say nothing more until the client goes; or send bytes as fast as they go, or one
-    // byte after each so many milliseconds.
-    enum class Then { Close = -2, Stall = -1, Flood = 0, Patter = 1, Drip = 200 };
+    // Reset or close the connection; say nothing more until the client goes; or say the same again as fast as
+    // it goes, or after each so many milliseconds.
+    enum class Then { Reset = -3, Close = -2, Stall = -1, Flood = 0, Patter = 1, Drip = 200 };
 
     HttpServer();
 
     // Answers requests of `path` with exactly `text`, then does as said. Unknown paths get no answer at all.
-    void Serve(const std::string& path, std::string text, Then then = Then::Close);
+    // The path of a client that begins with TLS is "".
+    void Serve(const std::string& path, std::string text, Then then = Then::Close, std::string again = "x");
     // Such as "http://127.0.0.1:40123/path".
     [[nodiscard]] std::string Address(const std::string& path) const;
     [[nodiscard]] int Hits(const std::string& path) { return Find(path).hits; }
@@ -33,6 +34,7 @@ private:
     struct Answer {
         std::shared_ptr<const std::string> text;
         Then then = Then::Close;
+        std::string again;
         int hits = 0;
         int ended = 0;
     };

@@ -1,5 +1,6 @@
 #include "base/Owned.h"
 #include "tests/window/WindowTest.h"
+#include "toolkit/WebEngine.h"
 
 #include <cstdlib>
 #include <gdk/gdk.h>
@@ -100,6 +101,7 @@ int main(int argc, char** argv)
             std::cerr << file << ":" << line << ": " << condition << std::endl;
             std::abort();
         });
+    vantro::EngineEnvironment();
     ::testing::InitGoogleTest(&argc, argv);
     wxApp::SetInstance(new vantro::test::TestApp);
     return wxEntry(argc, argv);
