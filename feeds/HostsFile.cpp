@@ -80,7 +80,7 @@ FeedHosts ReadHostsFile(const std::filesystem::path& file)
     for (const Site* site : Sites()) {
         const std::string key(site->identifier);
         if (const std::string fault = Take(ini.get(), key, hosts.addresses[site]); !fault.empty())
-            faults += (faults.empty() ? "" : ", ") + key + " " + fault;
+            faults.append(faults.empty() ? "" : ", ").append(key).append(" ").append(fault);
     }
     if (!faults.empty())
         hosts.notice = "vantro.ini: " + faults + "; the built-in address is used.";

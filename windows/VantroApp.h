@@ -36,7 +36,7 @@ public:
     [[nodiscard]] Runtime& Parts() { return *runtime_; }
 
 private:
-    const ProgramFolders folders_; // before anything is mended
+    ProgramFolders folders_; // before anything is mended
     std::unique_ptr<EndRequests> endRequests_;
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<Runtime> runtime_;
