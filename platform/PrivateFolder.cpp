@@ -35,7 +35,9 @@ void KeepFromOthers(const fs::path& path)
 {
     constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
     struct stat status { };
-    if (stat(path.c_str(), &status) == 0 && status.st_uid == geteuid() && (status.st_mode & kOthers) != 0)
+    const bool isOwn = stat(path.c_str(), &status) == 0 && status.st_uid == geteuid()
+        && (status.st_mode & S_ISVTX) == 0; // a folder for everybody's files
+    if (isOwn && (status.st_mode & kOthers) != 0)
         (void)chmod(path.c_str(), status.st_mode & ~kOthers & ALLPERMS);
 }
 

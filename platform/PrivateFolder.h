@@ -11,7 +11,8 @@ namespace vantro {
 // first one that cannot be made.
 [[nodiscard]] std::error_code MakePrivateFolders(const std::filesystem::path& folder);
 
-// Closes a file or folder to all but its owner, when that is the user; a failure is ignored.
+// Closes a file or folder to all but its owner, when that is the user; but never one like /tmp, where
+// everybody may put files. A failure is ignored.
 void KeepFromOthers(const std::filesystem::path& path);
 
 // A new folder for the user alone, named `prefix` and six letters, in the folder `parent`, which exists.
