@@ -62,7 +62,11 @@ public:
 
     [[nodiscard]] FeedServices Services()
     {
-        return {registry_, tree_, [] {}, Fail};
+        return {registry_, tree_, [] {},
+            [](std::string_view, const std::string& sentence) {
+                if (!sentence.empty())
+                    Fail(sentence);
+            }};
     }
     [[nodiscard]] const fs::path& Folder() const { return folder_; }
     [[nodiscard]] std::size_t Count(const Site& site) const

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <iterator>
 #include <string_view>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -79,6 +81,18 @@ Engine NewEngine(Serve serve)
     webkit_web_context_register_uri_scheme(engine.get(), scheme.c_str(), Answer, new Serve(std::move(serve)),
         [](gpointer given) { delete static_cast<Serve*>(given); });
     return engine;
+}
+
+void DeleteSandboxFiles()
+{
+    namespace fs = std::filesystem;
+    const std::string ours = "webkit-" + std::to_string(getpid()) + "-";
+    std::error_code ignored;
+    for (const auto& entry :
+        fs::directory_iterator(fs::path(g_get_user_runtime_dir()) / ".flatpak", ignored)) {
+        if (entry.path().filename().native().starts_with(ours))
+            fs::remove_all(entry.path(), ignored);
+    }
 }
 
 void Restrict(WebKitSettings* settings)

@@ -20,6 +20,10 @@ using Engine = Owned<WebKitWebContext, g_object_unref>;
 // our own scheme are answered by `serve` alone, which is copied.
 [[nodiscard]] Engine NewEngine(std::function<std::optional<PagePart>(const std::string&)> serve);
 
+// Deletes the descriptions of this process's sandboxes, which the engine leaves in the user's runtime folder:
+// the cache folder where there is none. Nothing needs them when the view has gone.
+void DeleteSandboxFiles();
+
 // Most of these are the engine's defaults; they are said because pages of strangers depend on them.
 void Restrict(WebKitSettings* settings);
 

@@ -5,6 +5,7 @@
 #include "engine/NativeEngineGtk.h"
 #include "engine/NativeMenuGtk.h"
 #include "engine/NativeZoomGtk.h"
+#include "engine/NetworkProcessGtk.h"
 #include "platform/StartUpCode.h"
 #include "toolkit/WebEngine.h"
 
@@ -76,6 +77,7 @@ public:
     ~NativeWebViewGtk() override
     {
         *serve_ = nullptr;
+        DeleteSandboxFiles();
         g_signal_handlers_disconnect_by_data(engine_.get(), this);
         if (view_ == nullptr)
             return;
@@ -97,6 +99,7 @@ public:
     {
         page_ = address;
         loads_ = true;
+        network_.Find();
         watch_.GiveUpOwn();
         webkit_web_view_load_uri(view_, address.c_str());
     }
@@ -111,6 +114,8 @@ public:
     {
         return webkit_web_view_get_is_web_process_responsive(view_) != FALSE;
     }
+
+    void EndStoppedProcess() override { network_.EndIfStopped(); }
 
     void EndProcess() override { webkit_web_view_terminate_web_process(view_); }
 
@@ -304,6 +309,7 @@ private:
             gtk_widget_queue_draw(GTK_WIDGET(view));
         if (event != WEBKIT_LOAD_FINISHED)
             return;
+        self->network_.Find();
         if (!std::exchange(self->hasStarted_, true))
             g_timeout_add_seconds_full(
                 G_PRIORITY_LOW, kStartLasts,
@@ -345,6 +351,7 @@ private:
     WebKitWebView* view_; // becomes null when the window library destroys it
     wxWindow* window_;
     DocumentWatch watch_;
+    NetworkProcess network_{[this] { events_.networkLost(); }};
     std::string page_; // loaded last
     std::string pointedAt_; // the link under the mouse
     bool hasStarted_ = false; // a page has come
@@ -355,9 +362,9 @@ private:
 
 } // namespace
 
-void vantro_prepare_engine()
+bool vantro_prepare_engine()
 {
-    (void)SandboxWorks();
+    return SandboxWorks();
 }
 
 NativeWebView* vantro_new_view(wxWindow* parent, NativeWebView::Events* events)

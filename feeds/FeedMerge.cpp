@@ -78,7 +78,8 @@ std::optional<FeedItems> ReadItems(
 {
     if (const std::optional<std::string> text = ReadWholeFile(file, kMostRead + 1))
         return TakeItems(site, *text);
-    services.say("The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
+    services.say(
+        site.identifier, "The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
     return std::nullopt;
 }
 
@@ -127,7 +128,7 @@ Merged Merge(const Site& site, const FeedServices& services, const std::vector<F
     if (!plan.anythingNew)
         return Merged::NothingNew;
     if (failure) {
-        services.say(
+        services.say(site.identifier,
             "The news list of " + std::string(site.displayName) + " could not be stored: " + *failure);
         return Merged::NotStored;
     }
@@ -142,8 +143,8 @@ void MergeFeed(const Site& site, const FeedServices& services, const std::filesy
     const std::optional<FeedItems> items = ReadItems(site, services, file);
     const Merged merged = items ? Merge(site, services, items->taken) : Merged::NothingNew;
     DeleteFileIfExists(file);
-    if (items && !items->notice.empty() && merged != Merged::NotStored)
-        services.say(items->notice);
+    if (items && merged != Merged::NotStored)
+        services.say(site.identifier, items->notice);
     if (merged == Merged::NewList)
         UpdateSiteCounts(site, services);
 }

@@ -4,36 +4,54 @@
 #include "base/Owned.h"
 #include "base/TextCoding.h"
 #include "feeds/Sites.h"
+#include "platform/Files.h"
 
+#include <cerrno>
+#include <cstddef>
 #include <glib.h>
+#include <string_view>
 
 namespace vantro {
 
 namespace {
 
-bool IsBaseAddress(const std::string& address)
+constexpr std::size_t kLongestInNotice = 40; // characters of an address
+constexpr std::string_view kUnreadable = "vantro.ini cannot be read, the built-in addresses are used: ";
+
+// What keeps a path from being added to it; empty when nothing does.
+std::string_view FaultOf(const std::string& address)
 {
+    constexpr std::string_view kNoAddress = "is no http address";
     const Owned<gchar, g_free> scheme(g_uri_parse_scheme(address.c_str()));
     if (!scheme || (!IsSameIgnoringCase(scheme.get(), "http") && !IsSameIgnoringCase(scheme.get(), "https")))
-        return false;
+        return kNoAddress;
     const Owned<GUri, g_uri_unref> uri(g_uri_parse(address.c_str(), G_URI_FLAGS_NONE, nullptr));
     const char* host = uri ? g_uri_get_host(uri.get()) : nullptr;
-    return host != nullptr && *host != '\0';
+    if (host == nullptr || *host == '\0')
+        return kNoAddress;
+    const bool endsThere = g_uri_get_query(uri.get()) != nullptr || g_uri_get_fragment(uri.get()) != nullptr;
+    return endsThere ? "has a query or a fragment" : "";
 }
 
-void Take(GKeyFile* ini, const std::string& key, std::string& address, std::string& notice)
+// Takes the address of the key over where it can be used; else what is wrong with it.
+std::string Take(GKeyFile* ini, const std::string& key, std::string& address)
 {
-    const Owned<gchar, g_free> value(g_key_file_get_string(ini, "Hosts", key.c_str(), nullptr));
+    GError* raw = nullptr;
+    const Owned<gchar, g_free> value(g_key_file_get_string(ini, "Hosts", key.c_str(), &raw));
+    const Owned<GError, g_error_free> error(raw);
     if (!value)
-        return;
-    std::string given = value.get();
+        return g_error_matches(raw, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_UNKNOWN_ENCODING)
+                || g_error_matches(raw, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_INVALID_VALUE)
+            ? "cannot be read"
+            : "";
+    std::string given(Trim(value.get()));
     while (given.ends_with('/'))
         given.pop_back();
-    if (IsBaseAddress(given))
-        address = given;
-    else
-        notice = "vantro.ini: the address of " + key + " (\"" + OneLine(given, 60)
-            + "\") is no http address; the built-in one is used.";
+    const std::string_view fault = FaultOf(given);
+    if (!fault.empty())
+        return "(\"" + OneLine(given, kLongestInNotice) + "\") " + std::string(fault);
+    address = given;
+    return {};
 }
 
 } // namespace
@@ -43,20 +61,29 @@ FeedHosts ReadHostsFile(const std::filesystem::path& file)
     FeedHosts hosts;
     for (const Site* site : Sites())
         hosts.addresses[site] = BuiltInHost(*site);
-    const Owned<GKeyFile, g_key_file_free> ini(g_key_file_new());
-    GError* raw = nullptr;
-    const bool loaded = g_key_file_load_from_file(ini.get(), file.c_str(), G_KEY_FILE_NONE, &raw) != FALSE;
-    const Owned<GError, g_error_free> error(raw);
-    if (!loaded) {
-        // An empty file counts as "not found" too.
-        if (!g_error_matches(raw, G_FILE_ERROR, G_FILE_ERROR_NOENT)
-            && !g_error_matches(raw, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_NOT_FOUND))
-            hosts.notice = "vantro.ini cannot be read, the built-in addresses are used: "
-                + OneLine(DecodeFeedText(raw->message), 120);
+    const auto text = ReadWholeFile(file);
+    if (!text) {
+        if (const int error = errno; error != ENOENT)
+            hosts.notice = std::string(kUnreadable)
+                + (error == EINVAL ? "It is no file." : DescribeError(error) + ".");
         return hosts;
     }
-    for (const Site* site : Sites())
-        Take(ini.get(), std::string(site->identifier), hosts.addresses[site], hosts.notice);
+    const Owned<GKeyFile, g_key_file_free> ini(g_key_file_new());
+    GError* raw = nullptr;
+    g_key_file_load_from_data(ini.get(), text->data(), text->size(), G_KEY_FILE_NONE, &raw);
+    const Owned<GError, g_error_free> error(raw);
+    if (error) {
+        hosts.notice = std::string(kUnreadable) + OneLine(DecodeFeedText(error->message), 120);
+        return hosts;
+    }
+    std::string faults;
+    for (const Site* site : Sites()) {
+        const std::string key(site->identifier);
+        if (const std::string fault = Take(ini.get(), key, hosts.addresses[site]); !fault.empty())
+            faults.append(faults.empty() ? "" : ", ").append(key).append(" ").append(fault);
+    }
+    if (!faults.empty())
+        hosts.notice = "vantro.ini: " + faults + "; the built-in address is used.";
     return hosts;
 }
 

@@ -16,8 +16,8 @@ struct FeedHosts {
 };
 
 // Reads group [Hosts] of the file, whose keys are the identifiers of the sites. A missing file or key gives
-// the built-in address; so does a value that is no http or https address, and a file that is not of this
-// form, and `notice` says so.
+// the built-in address; so does a value that is no http or https address to which a path can be added, and a
+// file that is not of this form or no regular file, and `notice` says so.
 [[nodiscard]] FeedHosts ReadHostsFile(const std::filesystem::path& file);
 
 } // namespace vantro

@@ -17,6 +17,16 @@
 
 namespace vantro {
 
+namespace {
+
+// A page that ends the engine's process does so whenever it is shown; what happens less often is not its
+// fault.
+constexpr std::chrono::seconds kTooSoon(3);
+constexpr int kTries = 2;
+constexpr std::string_view kSubject = "page";
+
+} // namespace
+
 void ShowItemPage(
     const Site& site, PageDisplay& display, std::string_view nodeKey, std::function<void()> shown)
 {
@@ -44,13 +54,15 @@ void PageDisplay::ShowInformationPage(const PageRecipe& page)
     Begin({&page, nullptr, std::nullopt, {}});
 }
 
-void PageDisplay::BrowserLost()
+void PageDisplay::BrowserLost(Clock::time_point now)
 {
     if (request_.page == nullptr)
         return;
-    if (std::exchange(shownAgain_, true)) {
+    triesInARow_ = now - triedAt_ < kTooSoon ? triesInARow_ + 1 : 1;
+    triedAt_ = now;
+    if (triesInARow_ > kTries) {
         DeleteFiles();
-        services_.say("The page cannot be shown: the browser engine stopped twice.");
+        services_.say(kSubject, "The page cannot be shown: the browser engine stopped again and again.");
         End();
         return;
     }
@@ -62,7 +74,8 @@ void PageDisplay::Begin(Request request)
     DeleteFiles(); // of the page before, while it is known
     End();
     request_ = std::move(request);
-    shownAgain_ = false;
+    triesInARow_ = 0;
+    services_.say(kSubject, {});
     Start();
 }
 
@@ -160,7 +173,7 @@ bool PageDisplay::WriteFiles(const Values& values)
         error = WriteTextFile(folder_ / filled.file, text);
     }
     if (error)
-        services_.say("The page cannot be shown. " + error->sentence);
+        services_.say(kSubject, "The page cannot be shown. " + error->sentence);
     return !error;
 }
 
@@ -188,10 +201,10 @@ void PageDisplay::FilesLoaded(PageBrowser::LoadEnd end)
             browser_.NavigateFrame(autoLink_, kMainFrame);
         break;
     case PageBrowser::LoadEnd::Failed:
-        services_.say("The page cannot be shown: the browser could not load it.");
+        services_.say(kSubject, "The page cannot be shown: the browser could not load it.");
         break;
     case PageBrowser::LoadEnd::TimedOut:
-        services_.say("The page did not finish loading within " + TimeText(kLoadLimit) + ".");
+        services_.say(kSubject, "The page did not finish loading within " + TimeText(kLoadLimit) + ".");
         break;
     }
     End();

@@ -7,6 +7,7 @@
 #include "feeds/SiteOperations.h"
 #include "web/PageBrowser.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -38,8 +39,10 @@ public:
     // The same for a page of the program itself, without a blank page before it. `page` outlives this.
     void ShowInformationPage(const PageRecipe& page);
 
-    // To be called when the engine behind the browser died: the page is shown again, but only once.
-    void BrowserLost();
+    using Clock = std::chrono::steady_clock;
+    // To be called when the engine behind the browser died: the page is shown again, unless it dies again and
+    // again at once; that is said, and the next page tries anew.
+    void BrowserLost(Clock::time_point now = Clock::now());
 
 private:
     using Ticket = std::uint64_t;
@@ -74,7 +77,8 @@ private:
     Ticket newest_ = 0;
     std::string autoLink_; // where the bottom frame goes by itself once the page is there
     bool filesWritten_ = false;
-    bool shownAgain_ = false;
+    int triesInARow_ = 0;
+    Clock::time_point triedAt_;
 };
 
 } // namespace vantro

@@ -5,20 +5,24 @@
 #include "feeds/SiteOperations.h"
 #include "settings/modRegistry.h"
 
+#include <string_view>
 #include <utility>
 
 namespace vantro {
 
 namespace {
 
+constexpr std::string_view kSubject = "mark";
+
 void Mark(const FeedServices& services, NewsNode& node, ItemState state)
 {
     if (const Site* site = FindSite(node.Key())) {
         if (const auto failure = services.registry.StoreTogether(
                 [&] { ItemStore(services.registry, *site).WriteTag(ItemNumber(node.Key()), state.tag); })) {
-            services.say("The read mark could not be stored: " + *failure);
+            services.say(kSubject, "The read mark could not be stored: " + *failure);
             return;
         }
+        services.say(kSubject, {});
     }
     services.tree.SetState(node, std::move(state));
 }

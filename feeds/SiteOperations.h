@@ -21,7 +21,8 @@ struct FeedServices {
     NewsTree& tree;
     // Paints what waits to be painted and handles no other event.
     std::function<void()> paint;
-    std::function<void(const std::string&)> say; // puts a sentence where the user looks
+    // Puts a sentence about a subject where the user looks; "" when what was said of it holds no longer.
+    std::function<void(std::string_view subject, const std::string& sentence)> say;
 };
 
 // The operations of a site, the same for all but for the site's row. Interface thread only.

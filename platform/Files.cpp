@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -20,6 +21,20 @@ namespace fs = std::filesystem;
 namespace {
 
 using File = Owned<std::FILE, std::fclose>;
+
+// Open for reading; null, with errno, when it cannot be opened or is no regular file. A pipe is not waited
+// for.
+File OpenToRead(const fs::path& path, struct stat& status)
+{
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0)
+        return nullptr;
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
+        return File(fdopen(descriptor, "rb"));
+    close(descriptor);
+    errno = EINVAL;
+    return nullptr;
+}
 
 // Makes a file that is not there hold the bytes. The number of the error, and then it is not there; else 0.
 int WriteNewFile(const fs::path& path, std::string_view bytes)
@@ -84,9 +99,9 @@ std::optional<std::string> ReplaceFile(const std::string& path, std::string_view
 
 std::optional<std::string> ReadWholeFile(const fs::path& path, std::size_t most)
 {
-    File file(std::fopen(path.c_str(), "rbe"));
     struct stat status { };
-    if (!file || fstat(fileno(file.get()), &status) != 0 || !S_ISREG(status.st_mode))
+    const File file = OpenToRead(path, status);
+    if (!file)
         return std::nullopt;
     std::string content(std::min(static_cast<std::size_t>(status.st_size), most), '\0');
     content.resize(std::fread(content.data(), 1, content.size(), file.get()));
@@ -97,7 +112,8 @@ std::optional<std::string> ReadWholeFile(const fs::path& path, std::size_t most)
 
 bool FileExists(const fs::path& path)
 {
-    return File(std::fopen(path.c_str(), "rbe")) != nullptr;
+    struct stat status { };
+    return OpenToRead(path, status) != nullptr;
 }
 
 } // namespace vantro

@@ -34,11 +34,12 @@ void DeleteFileIfExists(const std::filesystem::path& path) noexcept;
 // failure and leaves it as it was, by way of a PartFile.
 [[nodiscard]] std::optional<std::string> ReplaceFile(const std::string& path, std::string_view bytes);
 
-// The whole content of a file, or its first `most` bytes; nothing when it cannot be read.
+// The whole content of a regular file, or its first `most` bytes; nothing, with the number of the error in
+// errno, when it cannot be read: EINVAL for anything else, which is not waited for.
 [[nodiscard]] std::optional<std::string> ReadWholeFile(
     const std::filesystem::path& path, std::size_t most = std::string::npos);
 
-// True when the file can be opened for reading.
+// True when the file is a regular one and can be opened for reading.
 [[nodiscard]] bool FileExists(const std::filesystem::path& path);
 
 } // namespace vantro

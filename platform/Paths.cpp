@@ -3,12 +3,14 @@
 #include "platform/PrivateFolder.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <pwd.h>
 #include <string_view>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -20,6 +22,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kRunPrefix = "run-";
+constexpr const char* kOurs = "vantro";
+constexpr const char* kNowhere = "/proc/nowhere"; // where there is nothing, and nobody can make anything
 
 fs::path Home()
 {
@@ -29,11 +33,25 @@ fs::path Home()
     return entry != nullptr ? fs::path(entry->pw_dir) : fs::path("/");
 }
 
-fs::path BaseFolder(const char* variable, std::string_view belowHome)
+struct Base {
+    const char* variable;
+    std::string_view belowHome;
+};
+constexpr Base kConfig{"XDG_CONFIG_HOME", ".config"};
+constexpr Base kData{"XDG_DATA_HOME", ".local/share"};
+constexpr Base kCache{"XDG_CACHE_HOME", ".cache"};
+
+fs::path Place(const Base& base)
 {
-    const char* value = std::getenv(variable);
-    const fs::path base = value != nullptr && *value == '/' ? fs::path(value) : Home() / belowHome;
-    return base / "vantro";
+    const char* value = std::getenv(base.variable);
+    return value != nullptr && *value == '/' ? fs::path(value) : Home() / base.belowHome;
+}
+
+// Whether a file that may lie in the folder, which need not be there, can be looked for.
+bool CanBeFolder(const fs::path& folder)
+{
+    struct stat status { };
+    return folder.is_absolute() && (stat((folder / "file").c_str(), &status) == 0 || errno == ENOENT);
 }
 
 // Open and locked, or none when the folder is missing or another run holds it.
@@ -58,15 +76,34 @@ void RemoveAbandonedRuns(const fs::path& parent)
 
 fs::path ConfigFolder()
 {
-    return BaseFolder("XDG_CONFIG_HOME", ".config");
+    return Place(kConfig) / kOurs;
 }
 fs::path DataFolder()
 {
-    return BaseFolder("XDG_DATA_HOME", ".local/share");
+    return Place(kData) / kOurs;
 }
 fs::path CacheFolder()
 {
-    return BaseFolder("XDG_CACHE_HOME", ".cache");
+    return Place(kCache) / kOurs;
+}
+
+void MendFolderVariables()
+{
+    if (!CanBeFolder(Home()))
+        setenv("HOME", "/", 1);
+    else
+        setenv("HOME", Home().c_str(), 1);
+    for (const Base& base : {kConfig, kData, kCache}) {
+        const fs::path place = Place(base);
+        if (!CanBeFolder(place))
+            setenv(base.variable, kNowhere, 1);
+        else if (std::getenv(base.variable) != nullptr)
+            setenv(base.variable, place.c_str(), 1);
+    }
+    for (const char* variable : {"XDG_STATE_HOME", "XDG_RUNTIME_DIR", "TMPDIR"}) {
+        if (const char* value = std::getenv(variable); value != nullptr && !CanBeFolder(value))
+            unsetenv(variable);
+    }
 }
 
 RunFolder::RunFolder(const fs::path& parent) : path_(parent / kRunPrefix)

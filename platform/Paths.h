@@ -13,6 +13,17 @@ namespace vantro {
 [[nodiscard]] std::filesystem::path ConfigFolder(); // holds vantro.ini
 [[nodiscard]] std::filesystem::path DataFolder(); // holds registry.db
 [[nodiscard]] std::filesystem::path CacheFolder(); // holds the run folders
+// All three, as the environment says when it is made.
+struct ProgramFolders {
+    std::filesystem::path config = ConfigFolder();
+    std::filesystem::path data = DataFolder();
+    std::filesystem::path cache = CacheFolder();
+};
+
+// Libraries take what the environment says of the user's folders as it is, and some end the program when it
+// is a relative name, or a file: from now on it names none of those. To be called where there is no other
+// thread, and after ProgramFolders, which may be in such a place and then are not to be used in silence.
+void MendFolderVariables();
 
 // "The program's folder": a private folder (mode 0700) of this run below the cache folder, for feed files and
 // page files. Removed with all it holds when destroyed; one that a killed run left behind is removed by the

@@ -10,6 +10,13 @@
 namespace vantro {
 
 struct StoreCheck::Search {
+    Search(std::filesystem::path looked, std::function<void(DamagedStore)> told)
+        : file(std::move(looked)),
+          damaged(std::move(told)),
+          database(Connect(file.string(), SQLITE_OPEN_READWRITE))
+    {
+    }
+
     std::filesystem::path file;
     std::function<void(DamagedStore)>
         damaged; // interface thread only; none when nobody is to be told any more
@@ -39,8 +46,7 @@ struct StoreCheck::Search {
 };
 
 StoreCheck::StoreCheck(const std::filesystem::path& file, std::function<void(DamagedStore)> damaged)
-    : search_(
-        std::make_shared<Search>(file, std::move(damaged), Connect(file.string(), SQLITE_OPEN_READWRITE)))
+    : search_(std::make_shared<Search>(file, std::move(damaged)))
 {
     thread_ = std::jthread([search = search_] {
         if (search->Run())

@@ -12,8 +12,7 @@ void LoadStoredItems(const FeedServices& services)
         for (const Site* site : Sites())
             LoadSiteItems(*site, services);
     });
-    if (failure)
-        services.say("Stored news could not be read: " + *failure);
+    services.say("stored news", failure ? "Stored news could not be read: " + *failure : "");
 }
 
 void RefreshAllSiteCounts(const FeedServices& services)

@@ -33,7 +33,7 @@ struct MainWindowTest : ::testing::Test {
 
     void Start()
     {
-        runtime = std::make_unique<Runtime>([] {
+        runtime = std::make_unique<Runtime>(ProgramFolders(), [] {
             CallWhenIdle([] { runtime ? runtime->reader.Deliver() : void(); }); // may come after Close()
         });
         window = new frmMain(*runtime);

@@ -91,6 +91,7 @@ TEST_F(OptionsDialogTest, WhatAHeldStoreDoesNotTakeIsSaidOnceForEachBatch)
     Open();
     Click(*box, {40, 10});
     ASSERT_TRUE(PumpUntil([&] { return said_.size() == 2; }));
+    EXPECT_TRUE(PumpUntil([&] { return box->GetValue() && minutes->IsEnabled(); })) << "as it is stored";
     dialog->Close();
     const std::string lost = " could not be stored: The store is held by another program.";
     EXPECT_EQ(

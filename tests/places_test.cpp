@@ -3,6 +3,7 @@
 #include "feeds/HostsFile.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
+#include "platform/ProcessLimits.h"
 #include "platform/SingleInstance.h"
 #include "tests/support/FeedFixture.h"
 
@@ -13,6 +14,8 @@
 #include <glib.h>
 #include <optional>
 #include <set>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace vantro {
 
@@ -26,6 +29,27 @@ TEST(Paths, FollowTheBaseDirectoryRules)
     EXPECT_EQ(DataFolder(), "/data/vantro");
     EXPECT_EQ(ConfigFolder(), "/home/ann/.config/vantro");
     EXPECT_EQ(CacheFolder(), "/home/ann/.cache/vantro");
+    const TemporaryFolder temporary;
+    setenv("XDG_DATA_HOME", temporary.Write("a-file", "").c_str(), 1);
+    setenv("HOME", "relative", 1);
+    MendFolderVariables();
+    for (const char* variable : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"}) {
+        const fs::path named(std::getenv(variable));
+        EXPECT_TRUE(named.is_absolute() && (fs::is_directory(named) || !fs::exists(named))) << variable;
+    }
+}
+
+TEST(ProcessLimits, WhatIsLackingIsSaidAndTheSoftLimitOfFilesIsRaised)
+{
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit low{48, usual.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &low);
+    EXPECT_TRUE(WhatIsLacking({64, 4, 4})) << "the limit";
+    EXPECT_TRUE(WhatIsLacking({32, 48, 4})) << "some are open";
+    RaiseFileLimit();
+    EXPECT_FALSE(WhatIsLacking({64, 48, 4}));
+    setrlimit(RLIMIT_NOFILE, &usual);
 }
 
 TEST(RunFolder, IsPrivateGoesAtTheEndClearsUpAfterAKilledRunAndSaysWhenItCannotBeMade)
@@ -60,6 +84,11 @@ TEST(HostsFile, GivesBuiltInAddressesForWhatIsMissingOrUnusable)
              {"another scheme", "[Hosts]\nXBINS=file:///etc\n", builtIn, "XBINS"},
              {"no host", "[Hosts]\nXBINS=http://\n", builtIn, "XBINS"},
              {"garbage", "\x01\xFF garbage\n", builtIn, "vantro.ini cannot be read"},
+             {"trailing blanks", "[Hosts]\nXBINS=http://x.example/ \t\n", "http://x.example", ""},
+             {"a query", "[Hosts]\nXBINS=http://x.example/?q=\n", builtIn, "has a query or a fragment"},
+             {"no UTF-8", "[Hosts]\nXBINS=http://\xFF.example\n", builtIn, "XBINS cannot be read"},
+             {"two of them", "[Hosts]\nXBINS=a\nVANTRO=http://b#\n", builtIn, "(\"a\") is no http address"},
+             {"two of them", "[Hosts]\nXBINS=a\nVANTRO=http://b#\n", builtIn, "VANTRO (\"http://b#\")"},
              {"another group", "[Other]\nXBINS=http://x.example\n", builtIn, ""},
          }) {
         const FeedHosts hosts = ReadHostsFile(temporary.Write("vantro.ini", text));
@@ -69,6 +98,10 @@ TEST(HostsFile, GivesBuiltInAddressesForWhatIsMissingOrUnusable)
     }
     EXPECT_NE(ReadHostsFile(temporary.Path()).notice, "") << "a folder is no file";
     EXPECT_EQ(ReadHostsFile(temporary.Path() / "missing.ini").notice, "");
+    const fs::path pipe = temporary.Path() / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
+    EXPECT_NE(ReadHostsFile(pipe).notice, "") << "nobody writes to it";
+    EXPECT_FALSE(FileExists(pipe));
 }
 
 TEST(Sites, ShareNoKeyHaveTheHostOfTheirOwnAndNumberTheirStripsInTheOrderOfTheList)

@@ -193,7 +193,7 @@ struct Watched {
     }
     void Wait() const
     {
-        for (const auto end = std::chrono::steady_clock::now() + 5s;
+        for (const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
              !isReread && std::chrono::steady_clock::now() < end;)
             g_main_context_iteration(nullptr, FALSE);
     }

@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kComplete = 4;
 constexpr int kLoading = 1;
+constexpr int kLookForStopped = 2000; // milliseconds
 constexpr const char* kBlankPage = "about:blank";
 
 PagePart PartOf(std::string_view file, std::string bytes)
@@ -30,7 +31,7 @@ PagePart PartOf(std::string_view file, std::string bytes)
 } // namespace
 
 Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings settings)
-    : lost_(std::move(lost)), settings_(std::move(settings)), limit_(this), answerLimit_(this)
+    : lost_(std::move(lost)), settings_(std::move(settings)), limit_(this), answerLimit_(this), stopped_(this)
 {
     NativeWebView::Events events;
     events.allow = [this](const Navigation& navigation) { return Allow(navigation); };
@@ -51,10 +52,10 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
     events.pressed = [this] { gate_.Pressed(); };
     events.clicked = [this](const std::string& link) { Clicked(link); };
     events.command = [this](NativeWebView::Command command, const std::string& link) { Do(command, link); };
-    events.processLost = [this] {
-        loading_ = false;
-        limit_.Stop();
-        CallAfter([this] { lost_(); });
+    events.processLost = [this] { Lost(); };
+    events.networkLost = [this] {
+        if (followed_.empty()) // what is there of another page is there
+            Lost();
     };
     events.processHangs = [this] {
         CallAfter([this] {
@@ -72,6 +73,8 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
             native_->Stop(); // what has come is painted only then
         },
         limit_.GetId());
+    Bind(
+        wxEVT_TIMER, [this](wxTimerEvent&) { LookForStopped(); }, stopped_.GetId());
     Bind(
         wxEVT_TIMER,
         [this](wxTimerEvent&) {
@@ -134,6 +137,23 @@ void Browser::Load()
     awaited_.clear();
     policy_.PageBegins(page_.address, page_.frames, page_.addresses);
     native_->Load(page_.address);
+    stopped_.StartOnce(kLookForStopped);
+}
+
+// A stopped process would be waited for until the limits of the load and of the answer.
+void Browser::LookForStopped()
+{
+    if (!loading_ && !answerLimit_.IsRunning())
+        return;
+    native_->EndStoppedProcess();
+    stopped_.StartOnce(kLookForStopped);
+}
+
+void Browser::Lost()
+{
+    loading_ = false;
+    limit_.Stop();
+    CallAfter([this] { lost_(); });
 }
 
 // A page that keeps the engine busy could never be left.
@@ -172,6 +192,7 @@ bool Browser::Allow(const Navigation& navigation)
             wanted_ = navigation.address;
             native_->SetCookies(true);
             answerLimit_.StartOnce(static_cast<int>(settings_.loadLimit.count()));
+            stopped_.StartOnce(kLookForStopped);
         }
         return true;
     case NavigationPolicy::Verdict::Follow:

@@ -37,8 +37,8 @@ struct BrowserSettings {
 // frame or said.
 class Browser final : public wxEvtHandler, public PageBrowser {
 public:
-    // Makes the control as a child of `parent`. `lost` is called, from the event loop, when the engine's
-    // process died; the next page starts a fresh one.
+    // Makes the control as a child of `parent`. `lost` is called, from the event loop, when a process of
+    // the engine died that the page needs; the next page starts a fresh one.
     Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings settings = {});
     ~Browser() override;
 
@@ -63,6 +63,8 @@ private:
     void Begin(Page page, std::map<std::string, PagePart> parts, LoadEnded ended);
     void Load();
     void LoadAfresh();
+    void LookForStopped();
+    void Lost();
     void SendTexts();
     void Finish(LoadEnd end);
 
@@ -82,6 +84,7 @@ private:
     OutsideGate gate_;
     wxTimer limit_;
     wxTimer answerLimit_;
+    wxTimer stopped_;
     Page page_;
     std::map<std::string, PagePart> parts_; // by address; kept for going back to the page
     bool loading_ = false;

@@ -42,6 +42,8 @@ public:
         // The user asks for it; `link` is what the context menu was opened on, often nothing.
         std::function<void(Command, const std::string& link)> command;
         std::function<void()> processLost; // the process that draws the pages died
+        // The process that fetches what pages need died; what was under way will not come.
+        std::function<void()> networkLost;
         std::function<void()> processHangs; // it has not answered for some seconds
     };
 
@@ -57,6 +59,8 @@ public:
     virtual void Stop() = 0;
     // Whether the process that draws the pages answers; a page's endless script can keep it from that.
     [[nodiscard]] virtual bool ProcessResponds() const = 0;
+    // Ends the process that fetches when it has been stopped, which then is reported as lost.
+    virtual void EndStoppedProcess() = 0;
     // The next Load() starts a new one. Not reported as lost.
     virtual void EndProcess() = 0;
     // Points a frame of the page shown at `address`, in place of what is there when `replace`. Nothing is

@@ -2,10 +2,12 @@
 
 #include "platform/Files.h"
 #include "platform/IdleCall.h"
+#include "platform/ProcessLimits.h"
 #include "platform/SessionBus.h"
 
 #include <cstdlib>
 #include <dlfcn.h>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -25,12 +27,25 @@ namespace {
 
 using NewView = decltype(vantro_new_view);
 
+struct OpenModule {
+    NewView* newView;
+    bool hasSandbox;
+};
+
+// The engine ends the program when it cannot start its processes. They take half of this for a small page.
+constexpr Room kNeeds{64, 28, 48};
+
+std::runtime_error Failure(const std::string& reason)
+{
+    return std::runtime_error("Pages cannot be shown: " + reason);
+}
+
 template <class Function>
 Function* Find(void* module, const char* name)
 {
     void* found = module != nullptr ? dlsym(module, name) : nullptr;
     if (found == nullptr)
-        throw std::runtime_error(std::string("Pages cannot be shown: ") + dlerror());
+        throw Failure(dlerror());
     return reinterpret_cast<Function*>(found);
 }
 
@@ -83,17 +98,19 @@ bool AllocatesByLibc()
 // It stays open: its libraries cannot be unloaded. They look for what they need among themselves first, for
 // two thirds of the time that it takes to search all the program's before. What had replaced the allocator
 // would then be passed over.
-NewView* Open()
+OpenModule Open()
 {
+    if (const auto lacking = WhatIsLacking(kNeeds))
+        throw Failure(*lacking);
     const int search = AllocatesByLibc() ? RTLD_DEEPBIND : 0;
     void* module = dlopen("vantro-engine.so", RTLD_LAZY | RTLD_LOCAL | search);
-    Find<decltype(vantro_prepare_engine)>(module, "vantro_prepare_engine")();
-    return Find<NewView>(module, "vantro_new_view");
+    const bool hasSandbox = Find<decltype(vantro_prepare_engine)>(module, "vantro_prepare_engine")();
+    return {Find<NewView>(module, "vantro_new_view"), hasSandbox};
 }
 
 // Process-wide, as the engine is; it cannot be closed either.
 struct Module {
-    std::shared_future<NewView*> opened;
+    std::shared_future<OpenModule> opened;
     std::vector<std::function<void()>> waiting; // may hold windows: interface thread only
     std::jthread thread; // goes first, and is waited for
 };
@@ -112,15 +129,22 @@ void CallWaiting()
 
 void BeginToOpen(Module& module)
 {
-    std::packaged_task<NewView*()> open(Open);
+    std::packaged_task<OpenModule()> open(Open);
     module.opened = open.get_future().share();
-    module.thread = std::jthread([open = std::move(open)]() mutable {
-        open();
+    try {
+        module.thread = std::jthread([open = std::move(open)]() mutable {
+            open();
+            CallSoon(CallWaiting);
+        });
+    } catch (const std::system_error& error) {
+        std::promise<OpenModule> none;
+        none.set_exception(std::make_exception_ptr(Failure(error.code().message())));
+        module.opened = none.get_future().share();
         CallSoon(CallWaiting);
-    });
+    }
 }
 
-NewView* Opened()
+OpenModule Opened()
 {
     Module& module = TheModule();
     if (!module.opened.valid())
@@ -148,7 +172,12 @@ void OpenEngine(std::function<void()> tried)
 
 std::unique_ptr<NativeWebView> NewNativeWebView(wxWindow* parent, NativeWebView::Events events)
 {
-    return std::unique_ptr<NativeWebView>(Opened()(parent, &events));
+    return std::unique_ptr<NativeWebView>(Opened().newView(parent, &events));
+}
+
+bool EngineHasSandbox()
+{
+    return Opened().hasSandbox;
 }
 
 } // namespace vantro

@@ -22,12 +22,16 @@ void OpenEngine(std::function<void()> tried);
 // a sentence for the user when it cannot be opened.
 [[nodiscard]] std::unique_ptr<NativeWebView> NewNativeWebView(wxWindow* parent, NativeWebView::Events events);
 
+// Whether the process that draws the pages is kept from the rest of the system. REQUIRES: there is a view.
+[[nodiscard]] bool EngineHasSandbox();
+
 // Tells libEGL, here and in the engine's processes, which graphics library to load.
 inline constexpr const char* kGraphicsVariable = "__EGL_VENDOR_LIBRARY_FILENAMES";
 
 // What the engine's module exports.
 extern "C" {
-void vantro_prepare_engine(); // what takes time and may be done in any thread, once
+// What takes time and may be done in any thread, once. Whether there is a sandbox.
+bool vantro_prepare_engine();
 NativeWebView* vantro_new_view(wxWindow* parent, NativeWebView::Events* events); // the caller's
 }
 

@@ -18,11 +18,11 @@ std::string UserAgent()
 
 } // namespace
 
-Runtime::Runtime(std::function<void()> wake)
-    : hosts(ReadHostsFile(ConfigFolder() / "vantro.ini")),
-      store(DataFolder() / "registry.db"),
+Runtime::Runtime(const ProgramFolders& folders, std::function<void()> wake)
+    : hosts(ReadHostsFile(folders.config / "vantro.ini")),
+      store(folders.data / "registry.db"),
       registry(store),
-      folder(CacheFolder()),
+      folder(folders.cache),
       reader(std::move(wake), {}, UserAgent(), AskDesktopForProxies)
 {
 }

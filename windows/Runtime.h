@@ -20,7 +20,7 @@ namespace vantro {
 class Runtime {
 public:
     // `wake` as for AsyncRead.
-    explicit Runtime(std::function<void()> wake);
+    Runtime(const ProgramFolders& folders, std::function<void()> wake);
 
     FeedHosts hosts;
     RegistryStore store;

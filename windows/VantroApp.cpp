@@ -1,7 +1,7 @@
 #include "windows/VantroApp.h"
 
 #include "platform/IdleCall.h"
-#include "platform/Paths.h"
+#include "platform/ProcessLimits.h"
 #include "toolkit/Fonts.h"
 #include "toolkit/WebEngine.h"
 #include "windows/frmMain.h"
@@ -13,6 +13,8 @@ namespace vantro {
 // The environment is changed here only, where there is no other thread yet.
 bool VantroApp::Initialize(int& count, wxChar** arguments)
 {
+    MendFolderVariables();
+    RaiseFileLimit();
     EngineEnvironment();
     const bool initialized = wxApp::Initialize(count, arguments);
     if (initialized)
@@ -32,11 +34,12 @@ bool VantroApp::OnInit()
             window_->Close(true);
     });
     instance_ = std::make_unique<SingleInstance>(
-        DataFolder(), [this] { return window_ && window_->BringToFront(); });
+        folders_.data, [this] { return window_ && window_->BringToFront(); });
     if (!instance_->IsFirst())
         return true; // nothing to run, and nothing went wrong
     // The window paints between the ends of two downloads.
-    runtime_ = std::make_unique<Runtime>([this] { CallSoon([this] { runtime_->reader.Deliver(); }); });
+    runtime_
+        = std::make_unique<Runtime>(folders_, [this] { CallSoon([this] { runtime_->reader.Deliver(); }); });
     window_ = new frmMain(*runtime_);
     window_->Form_Load();
     CallWhenIdle([this] { endRequests_->WatchSession(); });

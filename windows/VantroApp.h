@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/EndRequests.h"
+#include "platform/Paths.h"
 #include "platform/SingleInstance.h"
 #include "windows/Runtime.h"
 
@@ -35,6 +36,7 @@ public:
     [[nodiscard]] Runtime& Parts() { return *runtime_; }
 
 private:
+    ProgramFolders folders_; // before anything is mended
     std::unique_ptr<EndRequests> endRequests_;
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<Runtime> runtime_;

@@ -19,6 +19,7 @@
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <wx/app.h>
 #include <wx/menu.h>
@@ -45,6 +46,8 @@ frmMain::frmMain(Runtime& runtime)
               }}),
       messages_(this),
       tmrDownload_(this),
+      rest_(this),
+      status_([this](const std::string& text) { ShowStatus(text); }),
       tv_(new NewsTreeView(this, runtime.tree, clicks_)),
       picDownload_(
           new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "picDownload")),
@@ -63,7 +66,7 @@ frmMain::frmMain(Runtime& runtime)
             [this](int strip, const std::string& text) {
                 messages_.Show({"download " + std::to_string(strip), std::string(ProductName), text});
             },
-            [this](const std::string& text) { SayMine(countdown_, text); }});
+            [this](const std::string& text) { status_.Say("countdown", text); }});
     BindEvents();
 }
 
@@ -135,6 +138,8 @@ void frmMain::BindEvents()
     on({mnuRefresh}, [this] { refresh_->StartFeedDownloads(); });
     Bind(
         wxEVT_TIMER, [this](wxTimerEvent&) { refresh_->tmrDownload_Timer(); }, tmrDownload_.GetId());
+    Bind(
+        wxEVT_TIMER, [this](wxTimerEvent&) { status_.ComeToRest(); }, rest_.GetId());
     Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { Form_Unload(); });
     HearCloseRequests(*this);
 }
@@ -179,7 +184,8 @@ void frmMain::LoadPages()
 {
     if (unloaded_)
         return;
-    const std::string failure = LoadBrowser();
+    status_.AddNotice(runtime_.StartNotice());
+    LoadBrowser();
     LoadStoredItems(Services());
     if (web_)
         web_->SetSilent(true);
@@ -193,30 +199,29 @@ void frmMain::LoadPages()
         runtime_.tree.Select(&first);
         runtime_.tree.SetExpanded(first, false);
     }
-    runtime_.store.Watch({[this](const std::string& sentence) { Say(sentence); },
+    runtime_.store.Watch({[this](const std::string& sentence) { status_.Say("store", sentence); },
         [this] {
             LoadStoredItems(Services());
             RefreshAllSiteCounts(Services());
         }});
-    const std::string notice = runtime_.StartNotice();
-    if (!notice.empty() || !failure.empty())
-        Say(notice + (notice.empty() || failure.empty() ? "" : " ") + failure);
 }
 
-std::string frmMain::LoadBrowser()
+void frmMain::LoadBrowser()
 {
     try {
         web_ = std::make_unique<Browser>(
             webPlace_, [this] { display_->BrowserLost(); },
-            BrowserSettings{.say = [this](const std::string& sentence) { SayMine(ofThePage_, sentence); }});
+            BrowserSettings{.say = [this](const std::string& text) { status_.Say("browser", text); }});
     } catch (const std::runtime_error& error) {
-        return error.what();
+        status_.AddNotice(error.what());
+        return;
     }
+    if (!EngineHasSandbox())
+        status_.AddNotice("Pages are shown without the browser engine's sandbox, which does not work here.");
     webPlace_->GetSizer()->Add(web_->Window(), 1, wxEXPAND);
     webPlace_->Layout();
     display_ = std::make_unique<PageDisplay>(*web_, Services(), runtime_.folder.Path());
     ShowAboutPage(*display_);
-    return {};
 }
 
 void frmMain::Form_Unload()
@@ -228,7 +233,7 @@ void frmMain::Form_Unload()
             SaveWindowPosition(ThisForm());
             SaveWindowSize(ThisForm());
         }))
-        Say("The place of the window could not be stored: " + *failure);
+        status_.Say("place", "The place of the window could not be stored: " + *failure);
     if (options_)
         options_->Close(true);
     tmrDownload_.Stop();
@@ -241,7 +246,7 @@ void frmMain::mnuSettings_Click()
     if (!options_)
         options_ = new frmOptions(
             this, runtime_.registry, [this] { refresh_->StartRefreshTimer(); },
-            [this] { refresh_->StopRefreshTimer(); }, [this](const std::string& text) { Say(text); });
+            [this] { refresh_->StopRefreshTimer(); }, Services().say);
     options_->Show();
     options_->Raise();
 }
@@ -275,24 +280,16 @@ bool frmMain::BringToFront()
     return true;
 }
 
-void frmMain::Say(const std::string& text)
+void frmMain::ShowStatus(const std::string& text)
 {
     GetStatusBar()->SetStatusText(wxString::FromUTF8(OneLine(text, kLongestMessage)));
-}
-
-void frmMain::SayMine(wxString& mine, const std::string& text)
-{
-    if (!text.empty())
-        Say(text);
-    else if (!mine.empty() && GetStatusBar()->GetStatusText() == mine)
-        Say({});
-    mine = text.empty() ? wxString() : GetStatusBar()->GetStatusText();
+    rest_.StartOnce(static_cast<int>(std::chrono::milliseconds(StatusLine::kSentenceStays).count()));
 }
 
 FeedServices frmMain::Services()
 {
     return {runtime_.registry, runtime_.tree, [this] { Update(); },
-        [this](const std::string& text) { Say(text); }};
+        [this](std::string_view subject, const std::string& text) { status_.Say(subject, text); }};
 }
 
 Form frmMain::ThisForm()

@@ -5,6 +5,7 @@
 #include "feeds/Site.h"
 #include "feeds/SiteOperations.h"
 #include "shell/RefreshCycle.h"
+#include "shell/StatusLine.h"
 #include "shell/TreeClicks.h"
 #include "shell/WindowPlacement.h"
 #include "toolkit/Browser.h"
@@ -72,8 +73,9 @@ private:
     void InitGlobals();
     void InitMainWindow();
     void LoadPages();
-    // "" or, when there is no engine, a sentence: the window goes on without pages.
-    std::string LoadBrowser();
+    // Without an engine the window goes on without pages, and says so.
+    void LoadBrowser();
+    void ShowStatus(const std::string& text);
     void Form_Unload();
 
     [[nodiscard]] bkDLControl* MakeDownload(const Site& site);
@@ -87,15 +89,14 @@ private:
     void ShowPopup(bool markRead, bool markUnread);
     void ShowPage(const Site& site, const std::string& nodeKey);
 
-    void Say(const std::string& text);
-    // Says `text`, which is `mine`, or takes it back when it is empty and nothing else has been said since.
-    void SayMine(wxString& mine, const std::string& text);
     [[nodiscard]] FeedServices Services();
 
     Runtime& runtime_;
     TreeClicks clicks_;
     MessageBoxes messages_;
     Timer tmrDownload_;
+    wxTimer rest_; // of the status line
+    StatusLine status_;
     std::unique_ptr<wxMenu> mnuPopup_;
 
     // Children, owned by the window library.
@@ -108,8 +109,6 @@ private:
     std::unique_ptr<RefreshCycle> refresh_;
     std::unique_ptr<Browser> web_; // from LoadPages() on
     std::unique_ptr<PageDisplay> display_; // goes before the browser it uses
-    wxString countdown_; // as it was shown last
-    wxString ofThePage_; // what was said of the page shown
     bool unloaded_ = false;
 };
 

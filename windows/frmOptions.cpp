@@ -55,7 +55,7 @@ wxRect InPixels(const Rectangle& place, TwipsPerPixel scale)
 } // namespace
 
 frmOptions::frmOptions(wxWindow* parent, modRegistry& registry, std::function<void()> startRefreshTimer,
-    std::function<void()> stopRefreshTimer, std::function<void(const std::string&)> say)
+    std::function<void()> stopRefreshTimer, decltype(FeedServices::say) say)
     : wxDialog(
         parent, wxID_ANY, "Options", wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE, "frmOptions"),
       registry_(registry),
@@ -100,8 +100,12 @@ void frmOptions::AddFrame(const wxString& caption, const OptionFrame& row)
 void frmOptions::BindEvents()
 {
     for (const CheckBox& row : checkBoxes_) {
-        row.box->Bind(wxEVT_CHECKBOX,
-            [this, &row](wxCommandEvent&) { Store(kSettings, [this, &row] { CheckBox_Click(row); }); });
+        row.box->Bind(wxEVT_CHECKBOX, [this, &row](wxCommandEvent&) {
+            if (Store(kSettings, [this, &row] { CheckBox_Click(row); }))
+                return;
+            row.box->SetValue(!row.box->GetValue()); // what is stored
+            FollowCheckBox(row);
+        });
         if (row.minutes != nullptr)
             row.minutes->Bind(wxEVT_TEXT, [this, &row](wxCommandEvent&) {
                 Store(kSettings, [this, &row] { MinutesBox_Change(row); });
@@ -192,16 +196,22 @@ void frmOptions::FillMinutesBox(const CheckBox& row)
         MinutesBox_Change(row);
 }
 
-void frmOptions::Store(const char* what, const std::function<void()>& writes)
+bool frmOptions::Store(const char* what, const std::function<void()>& writes)
 {
-    if (const auto failure = registry_.StoreTogether(writes))
-        say_(std::string(what) + " could not be stored: " + *failure);
+    const auto failure = registry_.StoreTogether(writes);
+    say_(what, failure ? std::string(what) + " could not be stored: " + *failure : "");
+    return !failure;
 }
 
 void frmOptions::CheckBox_Click(const CheckBox& row)
 {
+    StoreOption(registry_, *row.option, row.box->GetValue() ? 1 : 0);
+    FollowCheckBox(row);
+}
+
+void frmOptions::FollowCheckBox(const CheckBox& row)
+{
     const bool checked = row.box->GetValue();
-    StoreOption(registry_, *row.option, checked ? 1 : 0);
     if (row.minutes != nullptr)
         row.minutes->Enable(checked);
     if (row.option->name != kCheckInterval.name)

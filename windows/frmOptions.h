@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Twips.h"
+#include "feeds/SiteOperations.h"
 
 #include <functional>
 #include <string>
@@ -27,7 +28,7 @@ public:
     // `startRefreshTimer` when periodic checking is on. What cannot be stored, now or later, is told to `say`
     // in a sentence. `registry` and whatever the functions use must outlive the dialog.
     frmOptions(wxWindow* parent, modRegistry& registry, std::function<void()> startRefreshTimer,
-        std::function<void()> stopRefreshTimer, std::function<void(const std::string&)> say);
+        std::function<void()> stopRefreshTimer, decltype(FeedServices::say) say);
 
 private:
     // The windows are owned by the toolkit.
@@ -51,8 +52,11 @@ private:
     void Fill();
     void FillCheckBox(const CheckBox& row);
     void FillMinutesBox(const CheckBox& row);
-    void Store(const char* what, const std::function<void()>& writes);
+    // False when nothing of it was stored, which is said.
+    bool Store(const char* what, const std::function<void()>& writes);
     void CheckBox_Click(const CheckBox& row);
+    // Sets what hangs on the box to its state.
+    void FollowCheckBox(const CheckBox& row);
     void MinutesBox_Change(const CheckBox& row);
     void OnClose(wxCloseEvent& event);
     void OnKey(wxKeyEvent& event);
@@ -61,7 +65,7 @@ private:
     modRegistry& registry_;
     std::function<void()> startRefreshTimer_;
     std::function<void()> stopRefreshTimer_;
-    std::function<void(const std::string&)> say_;
+    decltype(FeedServices::say) say_;
     std::vector<Frame> frames_;
     std::vector<CheckBox> checkBoxes_; // of all frames, in the order in which they are filled
 };

@@ -20,7 +20,6 @@ STEP = 0.005  # seconds between two looks
 PHASES = ("start-up", "check", "merge", "display", "popup", "options", "message box")
 ROADS = ("close button", signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
 SITES = tuple(feedserver.PATHS)
-ENGINE_CACHE = "WebKitCache"  # the browser engine's own; it keeps a random number there, and no page
 
 # Off the screen and too small, so that a place that was saved can be told from it.
 STORED_PLACE = {"frmMainLeft": 60000, "frmMainTop": 60000, "frmMainWidth": 150, "frmMainHeight": 150}
@@ -157,9 +156,9 @@ class Closing:
             self._seen.append("ended unasked")
 
     def _look_at_the_files(self):
-        left = [file.name for file in self._reader.cache.glob("*") if file.name != ENGINE_CACHE]
+        left = [str(file) for file in self._reader.traces()]
         if left:
-            self._seen.append(f"left in the cache folder: {', '.join(left)}")
+            self._seen.append(f"left behind: {', '.join(left)}")
         try:
             store = Store(self._reader.store_file)
         except sqlite3.Error as error:

@@ -87,6 +87,14 @@ class Reader:
             self.process = subprocess.Popen([command or program()], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
                                             stdout=errors, stderr=errors)
 
+    def traces(self):
+        """What the run has left beside its store, its settings and what the starter of this keeps."""
+        kept = (self.home / "config/vantro/vantro.ini", self.errors)
+        files = [file for file in self.home.rglob("*")
+                 if file.is_file() and file not in kept and not file.name.startswith("registry.db")]
+        sandboxes = Path(os.environ.get("XDG_RUNTIME_DIR", self.home)) / ".flatpak"
+        return [*files, *self.cache.glob("*"), *sandboxes.glob(f"webkit-{self.pid}-*")]
+
     @property
     def pid(self):
         return self.process.pid

@@ -71,7 +71,11 @@ protected:
     static std::string_view ExternalOption(const Site& site) { return site.optionFrame.options.back().name; }
     FeedServices Services()
     {
-        return {*registry_, *tree_, [] {}, [this](const auto& text) { said_.push_back(text); }};
+        return {*registry_, *tree_, [] {},
+            [this](std::string_view, const std::string& text) {
+                if (!text.empty())
+                    said_.push_back(text);
+            }};
     }
 
     TemporaryFolder folder_;
