@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <new>
 #include <system_error>
@@ -146,6 +147,25 @@ std::string ImmutableUri(const fs::path& file)
     return uri + "?immutable=1";
 }
 
+// In a folder that cannot be written a file opens only when it is taken to stand still, and its journal is
+// not read then: with one, both are copied to where they can be written.
+bool CopyFromUnwritable(const fs::path& file, sqlite3* into)
+{
+    if (!HasBytes(With(file, "-wal")))
+        return CopyFrom(ImmutableUri(file), SQLITE_OPEN_URI, into);
+    std::error_code failure;
+    std::string folder = (fs::temp_directory_path(failure) / "vantro-XXXXXX").string();
+    if (mkdtemp(folder.data()) == nullptr)
+        return false;
+    const fs::path copy = fs::path(folder) / file.filename();
+    bool whole = true;
+    for (const char* part : {"", "-wal"})
+        whole = whole && fs::copy_file(With(file, part), With(copy, part), failure);
+    whole = whole && CopyFrom(Utf8(copy), 0, into);
+    fs::remove_all(folder, failure);
+    return whole;
+}
+
 // A store in memory with what can be read of `file`, when `finding` leaves anything to be read.
 Database OpenInMemory(const fs::path& file, StoreFinding finding)
 {
@@ -154,10 +174,9 @@ Database OpenInMemory(const fs::path& file, StoreFinding finding)
         || finding == StoreFinding::NotWritable;
     if (isLeft && fs::is_regular_file(file, ignored)) {
         Database copy = Connect(":memory:", SQLITE_OPEN_READWRITE);
-        // In a folder that cannot be written a file with a journal opens only when it is taken to stand
-        // still. One that another program holds does not.
+        // One that another program holds does not stand still.
         const bool whole = CopyFrom(Utf8(file), 0, copy.get())
-            || (finding != StoreFinding::Busy && CopyFrom(ImmutableUri(file), SQLITE_OPEN_URI, copy.get()));
+            || (finding != StoreFinding::Busy && CopyFromUnwritable(file, copy.get()));
         if (whole && Accept(copy.get(), {}) == StoreFinding::Usable)
             return copy;
     }

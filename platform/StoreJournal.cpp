@@ -57,6 +57,7 @@ bool IsJournalDamaged(const std::filesystem::path& journal)
     const std::string_view salt = view.substr(16, 8);
     const std::size_t frame = kFrameHead + Word(view, 8, true);
     bool isWhole = true;
+    int commits = 0; // at or behind what is spoilt
     for (std::size_t at = kHead; at + frame <= view.size(); at += frame) {
         const std::string_view head = view.substr(at, kFrameHead);
         if (head.substr(8, 8) != salt)
@@ -64,7 +65,9 @@ bool IsJournalDamaged(const std::filesystem::path& journal)
         checksum.Add(head.substr(0, 8));
         checksum.Add(view.substr(at + kFrameHead, frame - kFrameHead));
         isWhole = isWhole && checksum.StandsAt(view, at + 16);
-        if (!isWhole && Word(head, 4, true) != 0)
+        // One may be what the power cut short: it was not acknowledged, and its pages reach the disk in any
+        // order.
+        if (!isWhole && Word(head, 4, true) != 0 && ++commits == 2)
             return true;
     }
     return false;

@@ -1,6 +1,7 @@
 #include "platform/Files.h"
 #include "platform/RegistryStore.h"
 #include "platform/SqliteStatement.h"
+#include "tests/support/FaultyDisk.h"
 #include "tests/support/FeedFixture.h"
 
 #include <chrono>
@@ -31,6 +32,7 @@ extern "C" int rename(const char* from, const char* to) noexcept
         return errno = EACCES, -1;
     if (!std::string_view(from).ends_with(".new"))
         lastRenamed = from;
+    vantro::FaultyDisk::Renamed(from, to);
     return renameat(AT_FDCWD, from, AT_FDCWD, to);
 }
 

@@ -57,6 +57,9 @@ class Store:
     def setting(self, name):
         return self._values.get((_ROOT, name))
 
+    def settings(self):
+        return {name: data for (path, name), data in self._values.items() if path == _ROOT}
+
     def items(self, site):
         """Pairs of title and tag, in the order of the list."""
         count = self._values.get((f"{_ROOT}\\{site}", "TotalItems"), 0)
@@ -80,12 +83,16 @@ class Reader:
 
     def start(self, command=None):
         """Another program than the one under test may be started in its place."""
+        self.started = time.monotonic()
+        self.process = self.another(command)
+
+    def another(self, command=None):
+        """A further process on the same store, which is the caller's to end."""
         environment = dict(os.environ, XDG_CONFIG_HOME=str(self.home / "config"),
                            XDG_DATA_HOME=str(self.home / "data"), XDG_CACHE_HOME=str(self.home / "cache"))
         with self.errors.open("wb") as errors:
-            self.started = time.monotonic()
-            self.process = subprocess.Popen([command or program()], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
-                                            stdout=errors, stderr=errors)
+            return subprocess.Popen([command or program()], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
+                                    stdout=errors, stderr=errors)
 
     def traces(self):
         """What the run has left beside its store, its settings and what the starter of this keeps."""

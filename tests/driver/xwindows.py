@@ -15,6 +15,8 @@ _SUBSTRUCTURE_REDIRECT = 1 << 20
 _PROPERTY_CHANGE = 1 << 22
 _LONGEST_PROPERTY = 1024  # in units of four bytes
 _ANY_TYPE = 0
+_ALL_PLANES = ~0 & 0xffffffff
+_Z_PIXMAP = 2
 
 
 class _ClientMessage(ctypes.Structure):
@@ -24,6 +26,11 @@ class _ClientMessage(ctypes.Structure):
 
 class _Event(ctypes.Union):
     _fields_ = [("type", c_int), ("client", _ClientMessage), ("space", c_long * 24)]
+
+
+class _Image(ctypes.Structure):
+    _fields_ = [("width", c_int), ("height", c_int), ("offset", c_int), ("format", c_int), ("data", c_void_p),
+                ("orders", c_int * 5), ("bytes_per_line", c_int)]
 
 
 _ErrorHandler = ctypes.CFUNCTYPE(c_int, c_void_p, c_void_p)
@@ -56,6 +63,8 @@ _declare(_x11, "XGetGeometry", c_int, c_void_p, c_ulong, POINTER(c_ulong), POINT
          POINTER(c_uint), POINTER(c_uint), POINTER(c_uint), POINTER(c_uint))
 _declare(_x11, "XTranslateCoordinates", c_int, c_void_p, c_ulong, c_ulong, c_int, c_int, POINTER(c_int),
          POINTER(c_int), POINTER(c_ulong))
+_declare(_x11, "XGetImage", POINTER(_Image), c_void_p, c_ulong, c_int, c_int, c_uint, c_uint, c_ulong, c_int)
+_declare(_x11, "XDestroyImage", c_int, POINTER(_Image))
 _declare(_xtst, "XTestFakeKeyEvent", c_int, c_void_p, c_uint, c_int, c_ulong)
 _declare(_xtst, "XTestFakeButtonEvent", c_int, c_void_p, c_uint, c_int, c_ulong)
 _declare(_xtst, "XTestFakeMotionEvent", c_int, c_void_p, c_int, c_int, c_int, c_ulong)
@@ -117,6 +126,13 @@ class Screen:
             return None
         _x11.XTranslateCoordinates(self._display, window, self._root, 0, 0, byref(x), byref(y), byref(child))
         return Place(x.value, y.value, width.value, height.value)
+
+    def picture(self, place):
+        """The bytes of what the screen shows there."""
+        image = _x11.XGetImage(self._display, self._root, *place, _ALL_PLANES, _Z_PIXMAP)
+        pixels = ctypes.string_at(image.contents.data, image.contents.bytes_per_line * place.height)
+        _x11.XDestroyImage(image)
+        return pixels
 
     def close(self, window):
         """What the close button of the window's frame does."""
