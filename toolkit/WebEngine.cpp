@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <future>
+#include <gmodule.h>
 #include <link.h>
 #include <memory>
 #include <optional>
@@ -49,16 +50,21 @@ Function* Find(void* module, const char* name)
     return reinterpret_cast<Function*>(found);
 }
 
-// The file that tells the engine's processes to take our graphics library for the system's; empty when it
-// names another than the one that lies beside it, as they would not start then.
-std::string DescriptionOfGraphics()
+// Where an open module has come from; empty for none.
+std::filesystem::path PathOf(void* module)
 {
-    void* module = dlopen("vantro-graphics.so", RTLD_LAZY | RTLD_LOCAL);
     link_map* found = nullptr;
     if (module == nullptr || dlinfo(module, RTLD_DI_LINKMAP, static_cast<void*>(&found)) != 0)
         return {};
     std::error_code failed;
-    const std::filesystem::path library = std::filesystem::canonical(found->l_name, failed);
+    return std::filesystem::canonical(found->l_name, failed);
+}
+
+// The file that tells the engine's processes to take our graphics library for the system's; empty when it
+// names another than the one that lies beside it, as they would not start then.
+std::string DescriptionOfGraphics()
+{
+    const std::filesystem::path library = PathOf(dlopen("vantro-graphics.so", RTLD_LAZY | RTLD_LOCAL));
     std::filesystem::path description = library;
     description.replace_extension(".json");
     const std::optional<std::string> text = ReadWholeFile(description);
@@ -88,24 +94,18 @@ std::vector<const char*> SetEnvironment()
     return set;
 }
 
-// Whether nobody has put another allocator in the place of the library's, as checkers do.
-bool AllocatesByLibc()
-{
-    void* libc = dlopen("libc.so.6", RTLD_LAZY | RTLD_NOLOAD);
-    return libc != nullptr && dlsym(RTLD_DEFAULT, "malloc") == dlsym(libc, "malloc");
-}
-
-// It stays open: its libraries cannot be unloaded. They look for what they need among themselves first, for
-// two thirds of the time that it takes to search all the program's before. What had replaced the allocator
-// would then be passed over.
+// It stays open: its libraries cannot be unloaded. opener/ tells why it is opened by way of another module.
 OpenModule Open()
 {
     if (const auto lacking = WhatIsLacking(kNeeds))
         throw Failure(*lacking);
-    const int search = AllocatesByLibc() ? RTLD_DEEPBIND : 0;
-    void* module = dlopen("vantro-engine.so", RTLD_LAZY | RTLD_LOCAL | search);
-    const bool hasSandbox = Find<decltype(vantro_prepare_engine)>(module, "vantro_prepare_engine")();
-    return {Find<NewView>(module, "vantro_new_view"), hasSandbox};
+    void* opener = dlopen("vantro-opener.so", RTLD_LAZY | RTLD_LOCAL);
+    void** engine = Find<void*>(opener, "vantro_engine");
+    const auto lazyAndLocal = static_cast<GModuleFlags>(G_MODULE_BIND_LAZY | G_MODULE_BIND_LOCAL);
+    if (g_module_open(PathOf(opener).c_str(), lazyAndLocal) == nullptr)
+        throw Failure(g_module_error());
+    const bool hasSandbox = Find<decltype(vantro_prepare_engine)>(*engine, "vantro_prepare_engine")();
+    return {Find<NewView>(*engine, "vantro_new_view"), hasSandbox};
 }
 
 // Process-wide, as the engine is; it cannot be closed either.
