@@ -66,7 +66,7 @@ struct DiskCalls {
     }
     static int ShmLock(sqlite3_file* file, int first, int count, int flags)
     {
-        const int code = flags & SQLITE_SHM_LOCK ? disk->Note(FaultyDisk::Lock) : SQLITE_OK;
+        const int code = (flags & SQLITE_SHM_LOCK) != 0 ? disk->Note(FaultyDisk::Lock) : SQLITE_OK;
         sqlite3_file* real = Of(file).Real();
         return code == SQLITE_OK ? real->pMethods->xShmLock(real, first, count, flags) : code;
     }
