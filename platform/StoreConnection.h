@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/AsciiText.h"
 #include "platform/KeyPath.h"
 #include "platform/RegistryStore.h"
 #include "platform/SqliteStatement.h"
@@ -23,6 +24,13 @@ struct Below {
     {
         begin += '\\';
         end += static_cast<char>('\\' + 1);
+    }
+    // What of a path that was found there stands behind the key's own; nothing when it does not lie there, as
+    // a damaged index may have it.
+    [[nodiscard]] std::string_view NameOf(std::string_view path) const
+    {
+        return IsSameIgnoringCase(path.substr(0, begin.size()), begin) ? path.substr(begin.size())
+                                                                       : std::string_view();
     }
     std::string begin;
     std::string end;

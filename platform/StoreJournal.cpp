@@ -60,14 +60,14 @@ bool IsJournalDamaged(const std::filesystem::path& journal)
     int commits = 0; // at or behind what is spoilt
     for (std::size_t at = kHead; at + frame <= view.size(); at += frame) {
         const std::string_view head = view.substr(at, kFrameHead);
-        if (head.substr(8, 8) != salt)
-            return false; // left from before the journal was last begun anew
+        // Another one: left from before the journal was last begun anew, or spoilt.
+        const bool isOfThis = head.substr(8, 8) == salt;
         checksum.Add(head.substr(0, 8));
         checksum.Add(view.substr(at + kFrameHead, frame - kFrameHead));
-        isWhole = isWhole && checksum.StandsAt(view, at + 16);
+        isWhole = isWhole && isOfThis && checksum.StandsAt(view, at + 16);
         // One may be what the power cut short: it was not acknowledged, and its pages reach the disk in any
         // order.
-        if (!isWhole && Word(head, 4, true) != 0 && ++commits == 2)
+        if (!isWhole && isOfThis && Word(head, 4, true) != 0 && ++commits == 2)
             return true;
     }
     return false;

@@ -33,7 +33,7 @@ Family ReadFamily(auto& connection, const Below& below, std::int32_t last)
     Family family;
     auto row = connection.allBelow.Run({below.begin, below.end});
     for (; connection.Found(row); row.Next()) {
-        const std::string_view name = row.View(0).substr(below.begin.size());
+        const std::string_view name = below.NameOf(row.View(0));
         const std::int32_t number = NumberNamed(name);
         if (number >= 1 && number <= last) {
             family.elements.emplace_back(number, row.Number(1));
@@ -66,7 +66,7 @@ std::vector<std::optional<RegistryStore::StoredValue>> RegistryStore::QueryList(
     std::vector<std::optional<StoredValue>> list(static_cast<std::size_t>(std::max(last, 0)));
     auto row = connection_->valuesBelow.Run({below.begin, below.end, name});
     for (; connection_->Found(row); row.Next()) {
-        const std::int32_t number = NumberNamed(row.View(0).substr(below.begin.size()));
+        const std::int32_t number = NumberNamed(below.NameOf(row.View(0)));
         if (number >= 1 && number <= last)
             list[static_cast<std::size_t>(number - 1)] = ValueIn(row, 1);
     }

@@ -15,7 +15,8 @@ constexpr std::string_view kBlanks = " \t\r\n\f";
 
 bool HasScheme(std::string_view address, std::string_view scheme)
 {
-    return IsSameIgnoringCase(address.substr(0, address.find(':')), scheme);
+    const std::size_t colon = address.find(':');
+    return colon != std::string_view::npos && IsSameIgnoringCase(address.substr(0, colon), scheme);
 }
 
 // An address with "//", cut before the path, the query or the fragment, whichever comes first.

@@ -32,7 +32,12 @@ def cpu_seconds(pids):
 
 def pss_mebibytes(pids):
     """What is shared with other processes counts in parts."""
-    return sum(int(_line(f"/proc/{pid}/smaps_rollup", "Pss")) for pid in pids) / 1024
+    return _mebibytes(pids, "Pss")
+
+
+def own_mebibytes(pids):
+    """What the processes have filled themselves. Unlike the above, no other program's start or end changes it."""
+    return _mebibytes(pids, "Anonymous")
 
 
 def waits(pid):
@@ -50,6 +55,10 @@ def wakeups(before, after):
 def named(name):
     """All processes of the machine that the kernel knows by this name."""
     return [int(file.parts[2]) for file in Path("/proc").glob("[0-9]*/comm") if file.read_text() == name + "\n"]
+
+
+def _mebibytes(pids, key):
+    return sum(int(_line(f"/proc/{pid}/smaps_rollup", key)) for pid in pids) / 1024
 
 
 def _stat(pid):
