@@ -7,7 +7,6 @@
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 
 extern "C" { // which glibc 2.36 forgets
@@ -61,8 +60,8 @@ void NetworkProcess::Find()
     if (id_ != 0)
         return;
     id_ = FindChild();
-    descriptor_ = id_ != 0 ? pidfd_open(id_, 0) : -1;
-    if (descriptor_ < 0) {
+    descriptor_ = Descriptor(id_ != 0 ? pidfd_open(id_, 0) : -1);
+    if (!descriptor_.IsOpen()) {
         id_ = 0;
         return;
     }
@@ -72,14 +71,14 @@ void NetworkProcess::Find()
         process.lost_();
         return G_SOURCE_REMOVE;
     };
-    source_ = g_unix_fd_add(descriptor_, G_IO_IN, ended, this);
+    source_ = g_unix_fd_add(descriptor_.Number(), G_IO_IN, ended, this);
 }
 
 void NetworkProcess::EndIfStopped()
 {
     Find();
     if (id_ != 0 && NameAndState(id_).second == 'T')
-        pidfd_send_signal(descriptor_, SIGKILL, nullptr, 0);
+        pidfd_send_signal(descriptor_.Number(), SIGKILL, nullptr, 0);
 }
 
 void NetworkProcess::Forget()
@@ -87,7 +86,7 @@ void NetworkProcess::Forget()
     if (std::exchange(id_, 0) == 0)
         return;
     g_source_remove(std::exchange(source_, 0));
-    close(std::exchange(descriptor_, -1));
+    descriptor_ = Descriptor();
 }
 
 } // namespace vantro

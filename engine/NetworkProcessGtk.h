@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Descriptor.h"
+
 #include <functional>
 
 namespace vantro {
@@ -24,7 +26,7 @@ private:
 
     std::function<void()> lost_;
     int id_ = 0; // 0 when none is watched
-    int descriptor_ = -1; // of the process, so that its number cannot come to mean another
+    Descriptor descriptor_; // of the process, so that its number cannot come to mean another
     unsigned source_ = 0;
 };
 

@@ -38,8 +38,6 @@ PartFile::~PartFile()
 {
     if (!path_.empty())
         DeleteFileIfExists(path_);
-    if (replaced_ >= 0)
-        close(replaced_);
 }
 
 void PartFile::Fail(int number)
@@ -79,7 +77,7 @@ std::optional<std::string> PartFile::SaveAs(const std::string& path)
     Close();
     if (error_ != 0)
         return DescribeError(error_);
-    replaced_ = open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    replaced_ = Descriptor(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (std::rename(path_.c_str(), path.c_str()) == 0) {
         path_.clear();
         return std::nullopt;

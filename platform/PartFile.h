@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Owned.h"
+#include "platform/Descriptor.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -40,7 +41,7 @@ private:
     int error_ = 0; // the number of the first failure
     // The file that was replaced: freeing the space of 64 MiB takes long, too, and so happens where this
     // object is destroyed.
-    int replaced_ = -1;
+    Descriptor replaced_;
 };
 
 } // namespace vantro
