@@ -11,8 +11,8 @@
 
 namespace vantro {
 
-RegistryStore::RegistryStore(const std::filesystem::path& file, const StoreOptions& options)
-    : file_(file), options_(options), connection_(std::make_unique<Connection>(OpenStoreFile(file, options)))
+RegistryStore::RegistryStore(const std::filesystem::path& file)
+    : file_(file), connection_(std::make_unique<Connection>(OpenStoreFile(file)))
 {
 }
 
@@ -68,7 +68,7 @@ std::optional<std::filesystem::path> RegistryStore::Exchange(const std::filesyst
     sqlite3_db_config(connection_->Handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     connection_.reset();
     auto name = PutInPlace(made, file_, what);
-    connection_ = std::make_unique<Connection>(OpenStoreFile(file_, options_));
+    connection_ = std::make_unique<Connection>(OpenStoreFile(file_));
     return name;
 }
 

@@ -19,11 +19,6 @@ struct DamagedStore;
 class StoreCheck;
 enum class Aside : int;
 
-struct StoreOptions {
-    // The file does not grow beyond so many pages of 4 KiB: a test's full disk. 0: no limit.
-    int maxPages = 0;
-};
-
 // A tree of keys with typed values in one SQLite file, in the manner of a registry: key paths ("A\B\C", from
 // the root's name down) and value names match without regard to the case of ASCII letters; a separator that
 // is doubled or stands at an end of a path counts for nothing. Interface thread only. docs/store-format.md
@@ -45,7 +40,7 @@ public:
     };
 
     // Makes the folder (mode 0700) and the file when they are missing.
-    explicit RegistryStore(const std::filesystem::path& file, const StoreOptions& options = {});
+    explicit RegistryStore(const std::filesystem::path& file);
     ~RegistryStore();
     RegistryStore(const RegistryStore&) = delete;
     RegistryStore& operator=(const RegistryStore&) = delete;
@@ -122,7 +117,6 @@ private:
     std::optional<std::filesystem::path> Exchange(const std::filesystem::path& made, Aside what);
 
     std::filesystem::path file_;
-    StoreOptions options_;
     Events events_;
     std::unique_ptr<Connection> connection_;
     std::unique_ptr<StoreCheck> check_;

@@ -83,12 +83,6 @@ int LayDownTables(sqlite3* database)
 
 namespace {
 
-void SetPageLimit(sqlite3* database, int maxPages)
-{
-    if (maxPages > 0)
-        SqliteStatement(database, "PRAGMA max_page_count=" + std::to_string(maxPages)).Run();
-}
-
 // Makes a file that was found usable one of ours to its last mark, and commits.
 int WriteFormat(sqlite3* database, bool isBlank)
 {
@@ -104,14 +98,13 @@ int WriteFormat(sqlite3* database, bool isBlank)
 // the lock is waited for once, two programs cannot both lay down tables, and the write proves at every start
 // that writing works. What is not accepted is left with the transaction open, for its connection is to be
 // closed.
-StoreFinding Accept(sqlite3* database, const StoreOptions& options)
+StoreFinding Accept(sqlite3* database)
 {
     if (const int code = Execute(database, "BEGIN IMMEDIATE"); code != SQLITE_OK)
         return FindingOf(database, code);
     StoreInspection inspection(database);
     StoreFinding finding = inspection.Judge();
     if (finding == StoreFinding::Usable) {
-        SetPageLimit(database, options.maxPages);
         finding = FindingOf(database, WriteFormat(database, inspection.IsBlank()));
     }
     if (finding != StoreFinding::Usable)
@@ -177,23 +170,22 @@ Database OpenInMemory(const fs::path& file, StoreFinding finding)
         // One that another program holds does not stand still.
         const bool whole = CopyFrom(Utf8(file), 0, copy.get())
             || (finding != StoreFinding::Busy && CopyFromUnwritable(file, copy.get()));
-        if (whole && Accept(copy.get(), {}) == StoreFinding::Usable)
+        if (whole && Accept(copy.get()) == StoreFinding::Usable)
             return copy;
     }
     Database empty = Connect(":memory:", SQLITE_OPEN_READWRITE);
-    if (Accept(empty.get(), {}) != StoreFinding::Usable)
+    if (Accept(empty.get()) != StoreFinding::Usable)
         throw std::bad_alloc();
     return empty;
 }
 
 // Makes the file appear at once and whole, so that one that is cut short is never one half made.
-StoreFinding MakeFile(const fs::path& file, const StoreOptions& options)
+StoreFinding MakeFile(const fs::path& file)
 {
     const fs::path made = NameOfNew(file);
     DeleteFileIfExists(made);
     Database database = Connect(Utf8(made), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     KeepFromOthers(made);
-    SetPageLimit(database.get(), options.maxPages);
     int code = Execute(database.get(), "BEGIN IMMEDIATE");
     if (code == SQLITE_OK)
         code = WriteFormat(database.get(), true);
@@ -246,17 +238,17 @@ Place LookAt(const fs::path& file)
 }
 
 // Opens what stands there, or makes it.
-StoreFinding OpenFile(const fs::path& file, const StoreOptions& options, Database& database)
+StoreFinding OpenFile(const fs::path& file, Database& database)
 {
     for (const char* part : {"", "-wal", "-shm"})
         KeepFromOthers(With(file, part));
     std::error_code ignored;
     if (!fs::exists(file, ignored)) {
-        if (const StoreFinding made = MakeFile(file, options); made != StoreFinding::Usable)
+        if (const StoreFinding made = MakeFile(file); made != StoreFinding::Usable)
             return made;
     }
     database = Connect(Utf8(file), SQLITE_OPEN_READWRITE);
-    const StoreFinding finding = Accept(database.get(), options);
+    const StoreFinding finding = Accept(database.get());
     if (finding != StoreFinding::Usable)
         database.reset();
     return finding;
@@ -264,20 +256,20 @@ StoreFinding OpenFile(const fs::path& file, const StoreOptions& options, Databas
 
 } // namespace
 
-OpenedStore OpenStoreFile(const fs::path& file, const StoreOptions& options)
+OpenedStore OpenStoreFile(const fs::path& file)
 {
     static_cast<void>(MakePrivateFolders(file.parent_path())); // a failure shows when the file is opened
     Place place = LookAt(file);
     Database database;
     if (place.finding == StoreFinding::Usable)
-        place.finding = OpenFile(file, options, database);
+        place.finding = OpenFile(file, database);
     if (place.finding == StoreFinding::Damaged || place.finding == StoreFinding::Foreign) {
         const StoreFinding found = place.finding;
         place = SetAside(file, Aside::FileAndItsJournals,
             found == StoreFinding::Damaged ? "The store was damaged"
                                            : "The store's file was another program's",
             kBegunAnew);
-        place.finding = place.finding == StoreFinding::Usable ? OpenFile(file, options, database) : found;
+        place.finding = place.finding == StoreFinding::Usable ? OpenFile(file, database) : found;
     }
     if (place.finding == StoreFinding::Usable)
         return {std::move(database), true, place.before + place.whenUsable};

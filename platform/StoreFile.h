@@ -19,7 +19,7 @@ struct OpenedStore {
 
 // Opens the store's file as RegistryStore promises. Takes 2 s at most when another program holds the file.
 // Throws std::bad_alloc only.
-[[nodiscard]] OpenedStore OpenStoreFile(const std::filesystem::path& file, const StoreOptions& options);
+[[nodiscard]] OpenedStore OpenStoreFile(const std::filesystem::path& file);
 
 // Puts `made`, a closed store made whole beside it, in the place of the file. What stands there is set aside,
 // and the name it has then returned; empty when nothing stood there but journals, which are deleted, as they

@@ -69,10 +69,10 @@ struct RegistryStoreTest : testing::Test {
         ASSERT_TRUE(store.SetValue(key, "Tag", RegType::Sz, text) && syncs > before) << "durable by then";
     }
     // The store serves this run with `item`, says why it keeps nothing, and leaves the file as it was.
-    void ExpectNotKept(const std::string& why, const std::string& item, const StoreOptions& options = {})
+    void ExpectNotKept(const std::string& why, const std::string& item)
     {
         const auto before = ReadWholeFile(file_);
-        RegistryStore store(file_, options);
+        RegistryStore store(file_);
         EXPECT_FALSE(store.IsKept());
         EXPECT_EQ(store.Notice(), why + ", so marks are not kept.");
         EXPECT_EQ(Get(store, "R\\1"), item);
@@ -342,7 +342,11 @@ TEST_F(RegistryStoreTest, WhereNothingCanBeWrittenTheStoreLivesInMemoryWithWhatC
 
 TEST_F(RegistryStoreTest, AStoreThatIsNewerOrCannotBeBegunIsLeftAsItIs)
 {
-    ExpectNotKept("The disk is full", "(none)", {.maxPages = 1});
+    {
+        FaultyDisk disk;
+        disk.Fail(FaultyDisk::Write, 1, SQLITE_FULL, true);
+        ExpectNotKept("The disk is full", "(none)");
+    }
     StoreOneItem();
     Tell(file_, "CREATE TABLE more(x); PRAGMA user_version=2; PRAGMA journal_mode=DELETE");
     ExpectNotKept("The store was written by a newer version of this program", "(none)");

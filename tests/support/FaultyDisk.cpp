@@ -93,7 +93,7 @@ struct DiskCalls {
         if (isNew || !names.contains(name)) {
             disk->onChange();
             names[name] = &disk->contents_.emplace_back();
-            disk->Rename(names);
+            disk->names_.push_back(names);
         }
         file->pMethods = &methods;
         Of(file).content = names[name];
@@ -107,7 +107,7 @@ struct DiskCalls {
         disk->onChange();
         FaultyDisk::Names names = disk->names_.back();
         names.erase(name);
-        disk->Rename(names);
+        disk->names_.push_back(names);
         const int code = disk->real_.xDelete(&disk->real_, name, 0);
         if (syncsFolder != 0)
             FaultyDisk::Synced("/");
@@ -153,11 +153,6 @@ int FaultyDisk::Note(Call call)
     return fails ? code_ : SQLITE_OK;
 }
 
-void FaultyDisk::Rename(Names names)
-{
-    names_.push_back(std::move(names));
-}
-
 void FaultyDisk::Renamed(const std::string& from, const std::string& to)
 {
     if (!disk || !disk->names_.back().contains(from))
@@ -166,7 +161,7 @@ void FaultyDisk::Renamed(const std::string& from, const std::string& to)
     Names names = disk->names_.back();
     names[to] = names[from];
     names.erase(from);
-    disk->Rename(names);
+    disk->names_.push_back(names);
 }
 
 void FaultyDisk::Synced(const std::string& path)

@@ -56,7 +56,6 @@ private:
 
     // SQLITE_OK or the failure.
     int Note(Call call);
-    void Rename(Names names);
 
     sqlite3_vfs real_;
     sqlite3_vfs shown_{};

@@ -33,10 +33,10 @@ std::size_t StripCount()
         std::ranges::count_if(Sites(), [](const Site* site) { return site->strip.has_value(); }));
 }
 
-void FeedFixture::Restart(const StoreOptions& options)
+void FeedFixture::Restart()
 {
     store_.reset(); // before it is opened again
-    store_ = std::make_unique<RegistryStore>(folder_.Path() / "registry.db", options);
+    store_ = std::make_unique<RegistryStore>(folder_.Path() / "registry.db");
     registry_ = std::make_unique<modRegistry>(*store_);
     tree_ = std::make_unique<NewsTree>();
     registry_->CreateRegKey(RegRoot, RegPath);

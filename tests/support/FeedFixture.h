@@ -48,7 +48,7 @@ protected:
     void Receive(const Site& site, std::string_view feed);
     void ReceiveTitles(const Site& site, const Titles& titles);
     // Closes store and tree and starts again from what is on disk.
-    void Restart(const StoreOptions& options = {});
+    void Restart();
 
     NewsNode& Root(const Site& site) const { return *tree_->Find(site.identifier); }
     std::string Caption(const Site& site) const { return Root(site).Text(); }
