@@ -57,7 +57,7 @@ struct MainWindowTest : ::testing::Test {
     // Types as a user would; the keys are pressed while events are handled.
     static void Press(const std::string& keys)
     {
-        ASSERT_NE(wxExecute("xdotool key --delay 120 " + keys, wxEXEC_ASYNC), 0);
+        ASSERT_EQ(wxExecute("xdotool key --delay 120 " + keys, wxEXEC_SYNC | wxEXEC_NODISABLE), 0);
     }
     [[nodiscard]] std::string Caption(const char* key) const
     {
@@ -146,11 +146,22 @@ TEST_F(MainWindowTest, LivesByKeyboardAlone)
     ASSERT_TRUE(PumpUntil([this] { return Caption("VANTRO") == "Vantro (1 New, 1 Unread, 2 Total)"; }));
     EXPECT_EQ(runtime->tree.SelectedItem()->Key(), "vant2");
     EXPECT_EQ(PagesInFolder(), 0);
+    const wxWindow* list = wxWindow::FindWindowByName("tv", window.get());
+    Press("F6");
+    ASSERT_TRUE(PumpUntil([&] { return !list->HasFocus(); }));
+    ServeAll(test::HttpText("200 OK", "<item><title>B</title></item><item><title>C</title></item>"));
+    Press("F5");
+    ASSERT_TRUE(PumpUntil([this] { return runtime->tree.Find("vant2")->Text() == "C"; }));
+    Press("F6 n");
+    ASSERT_TRUE(PumpUntil([this] { return Caption("VANTRO") == "Vantro (0 New, 0 Unread, 2 Total)"; }));
+    EXPECT_TRUE(list->HasFocus());
     Press("shift+F10 Down Return"); // on a read item the first is "Mark as Unread"
     ASSERT_TRUE(PumpUntil([] { return IsUnread(runtime->tree.Find("vant2")->Tag()); }));
     Close();
     Start();
-    EXPECT_EQ(Caption("VANTRO"), "Vantro (0 New, 2 Unread, 2 Total)");
+    EXPECT_EQ(Caption("VANTRO"), "Vantro (0 New, 1 Unread, 2 Total)");
+    Press("ctrl+q");
+    EXPECT_TRUE(PumpUntil([this] { return !window; }));
 }
 
 // How long the interface thread works between two ticks, of the processor's time, as the machine may be busy.

@@ -49,6 +49,7 @@ struct NewsTreeViewTest : testing::Test {
 
     NewsTree tree;
     std::string clicks;
+    std::string said;
     wxMenu menu;
     NewsTreeView* view = nullptr;
     TreeClicks handler{tree,
@@ -59,7 +60,9 @@ struct NewsTreeViewTest : testing::Test {
             },
             [this](const std::string&) { clicks += "message "; }}};
     wxFrame* frame = new wxFrame(nullptr, wxID_ANY, "List", wxPoint(100, 100), wxSize(300, 300));
-    int made = (view = new NewsTreeView(frame, tree, handler), 0);
+    int made
+        = (view = new NewsTreeView(frame, tree, handler, [this](const std::string& text) { said = text; }),
+            0);
 };
 
 TEST_F(NewsTreeViewTest, ArrowAndDoubleClickOpenABranchWithoutAClickOnItsItems)
@@ -123,6 +126,35 @@ TEST_F(NewsTreeViewTest, KeysAndRightClicksKeepFocusAndSelectionTogether)
     EXPECT_TRUE(MenuIsOpen()) << "a merge does not close it";
     wxUIActionSimulator().Char(WXK_ESCAPE);
     ASSERT_TRUE(PumpUntil([this] { return !MenuIsOpen(); }));
+}
+
+TEST_F(NewsTreeViewTest, LettersFindTitlesInSightAndNTheNextUnreadItem)
+{
+    const auto type = [](const char* keys) {
+        for (; *keys != 0; ++keys)
+            wxUIActionSimulator().Char(*keys);
+        Rest();
+    };
+    tree.SetExpanded(Root("XBOXSCENE"), true);
+    tree.Select(tree.Find("XBINS"));
+    type("39");
+    EXPECT_EQ(tree.SelectedItem(), tree.Find("xbsc39")) << "xbin39 is out of sight";
+    EXPECT_EQ(view->GetSelection().GetID(), tree.Find("xbsc39"));
+    type("n");
+    EXPECT_EQ(said, "No title in sight holds: 39n");
+    EXPECT_EQ(tree.SelectedItem(), tree.Find("xbsc39"));
+    wxUIActionSimulator().Char(WXK_BACK);
+    wxUIActionSimulator().Char(WXK_BACK);
+    type("8");
+    EXPECT_EQ(tree.SelectedItem(), tree.Find("xbsc38"));
+    wxUIActionSimulator().Char(WXK_ESCAPE);
+    type("n");
+    EXPECT_EQ(said, "There is no unread item.");
+    tree.SetState(*tree.Find("xbin7"), {TreeImage::ItemUnread, true, "<UNREAD>"});
+    type("n");
+    EXPECT_EQ(clicks, "xbin7 ") << "round the end, into a closed branch";
+    EXPECT_TRUE(Root("XBINS").Expanded());
+    EXPECT_TRUE(view->HasFocus());
 }
 
 } // namespace vantro::test

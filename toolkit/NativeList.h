@@ -11,9 +11,8 @@ namespace vantro {
 // Scroll bars that stay, in place of ones that show under the pointer only.
 void ShowScrollBars(wxDataViewCtrl& list);
 
-// Letters typed in the list do nothing. The toolkit's own search would take the focus, and leave the list
-// without a selection.
-void IgnoreLetters(wxDataViewCtrl& list);
+// The toolkit's own search by letters would take the focus, and leave the list without a selection.
+void SwitchOffSearch(wxDataViewCtrl& list);
 
 // A row by its place: a root, or one of a root's children.
 struct ListRow {

@@ -39,7 +39,7 @@ void ShowScrollBars(wxDataViewCtrl& list)
     gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(list.GetHandle()), FALSE);
 }
 
-void IgnoreLetters(wxDataViewCtrl& list)
+void SwitchOffSearch(wxDataViewCtrl& list)
 {
     gtk_tree_view_set_enable_search(TreeOf(list), FALSE);
 }

@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 #include <wx/menu.h>
 #include <wx/utils.h>
@@ -119,13 +120,21 @@ private:
     mutable std::map<TreeImage, wxBitmapBundle> icons_; // each from its first use on
 };
 
-NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks)
+NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks,
+    std::function<void(const std::string& sentence)> say)
     : wxDataViewCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
         wxDV_SINGLE | wxDV_NO_HEADER | wxBORDER_THEME, wxDefaultValidator, "tv"),
       tree_(tree),
       clicks_(clicks),
       model_(new Model(tree)),
-      placeTimer_(this)
+      placeTimer_(this),
+      keys_(*this, tree,
+          {[this](std::int16_t button) {
+               byKey_ = true;
+               Click(button);
+               byKey_ = false;
+           },
+              std::move(say)})
 {
     AssociateModel(model_.get());
     auto* renderer
@@ -135,7 +144,7 @@ NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks)
     SetExpanderColumn(column);
     SetFont(GetFont().Scaled(kFontScale));
     ShowScrollBars(*this);
-    IgnoreLetters(*this);
+    SwitchOffSearch(*this);
     BindEvents();
     tree_.Attach(this);
 }
@@ -272,11 +281,12 @@ void NewsTreeView::BindEvents()
     });
     Bind(wxEVT_TIMER, [this](wxTimerEvent&) { RestorePlaceWhenIdle(true); });
     // What the user does moves the list from where it was kept.
-    Bind(wxEVT_MOUSEWHEEL, [this](wxMouseEvent& event) {
+    const auto moves = [this](wxEvent& event) {
         event.Skip();
         place_.reset();
-    });
-    Bind(wxEVT_KEY_DOWN, &NewsTreeView::OnKey, this);
+    };
+    Bind(wxEVT_MOUSEWHEEL, moves);
+    Bind(wxEVT_KEY_DOWN, moves);
     Bind(wxEVT_MOTION, &NewsTreeView::OnMotion, this);
 }
 
@@ -317,36 +327,6 @@ void NewsTreeView::OnMotion(wxMouseEvent& event)
         = item.IsOk() ? wxString::FromUTF8(OneLine(NodeOf(item)->Text(), kLongestText)) : wxString();
     if (text != GetToolTipText())
         SetToolTip(text);
-}
-
-void NewsTreeView::OnKey(wxKeyEvent& event)
-{
-    place_.reset();
-    const int key = event.GetKeyCode();
-    if (key == 'F' && event.ControlDown())
-        return; // opens the toolkit's search, see IgnoreLetters()
-    const bool menu = key == WXK_WINDOWS_MENU || key == WXK_MENU || (key == WXK_F10 && event.ShiftDown());
-    if (key == WXK_RETURN || key == WXK_NUMPAD_ENTER || key == WXK_SPACE)
-        Click(TreeClicks::kLeftButton);
-    else if (menu) {
-        byKey_ = true;
-        Click(TreeClicks::kRightButton);
-        byKey_ = false;
-    } else if (!ToggleBranch(key))
-        event.Skip();
-}
-
-// Left closes the branch of the selected node or goes up to it, right opens it.
-bool NewsTreeView::ToggleBranch(int key)
-{
-    NewsNode* node = tree_.SelectedItem();
-    if (node == nullptr || (key != WXK_LEFT && key != WXK_RIGHT))
-        return false;
-    if (node->Parent() == nullptr)
-        tree_.SetExpanded(*node, key == WXK_RIGHT);
-    else if (key == WXK_LEFT)
-        tree_.Select(tree_.Find(node->Parent()->Key()));
-    return true;
 }
 
 void NewsTreeView::Click(std::int16_t button)

@@ -3,9 +3,11 @@
 #include "feeds/NewsTree.h"
 #include "shell/TreeClicks.h"
 #include "toolkit/NativeList.h"
+#include "windows/TreeKeys.h"
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <wx/bmpbndl.h>
@@ -18,8 +20,10 @@ namespace vantro {
 // the model has. Interface thread only.
 class NewsTreeView final : public wxDataViewCtrl, private NewsTreeListener {
 public:
-    // Attaches itself to `tree` for as long as it lives; both `tree` and `clicks` outlive it.
-    NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks);
+    // Attaches itself to `tree` for as long as it lives; both `tree` and `clicks` outlive it. `say` shows
+    // what a search by letters looks for; "" when it has ended.
+    NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks,
+        std::function<void(const std::string& sentence)> say);
     ~NewsTreeView() override;
 
     // Opens `menu` for the click under way: at the pointer, or at the selected row when a key asked for it.
@@ -45,7 +49,6 @@ private:
     void SelectionChanged() override;
 
     void BindEvents();
-    void OnKey(wxKeyEvent& event);
     void OnMotion(wxMouseEvent& event);
     void Click(std::int16_t button);
     void KeepPlace();
@@ -54,7 +57,6 @@ private:
     void ShowSelection();
     void OnLeftUp(wxMouseEvent& event);
     [[nodiscard]] bool IsOnRow(const wxPoint& position) const;
-    [[nodiscard]] bool ToggleBranch(int key);
 
     NewsTree& tree_;
     TreeClicks& clicks_;
@@ -63,6 +65,7 @@ private:
     std::optional<Place> place_; // what the view is to stand at again after the merges of a check
     wxTimer placeTimer_; // until the toolkit has come to rest after them
     bool byKey_ = false; // the click under way was made with a key
+    TreeKeys keys_;
 };
 
 } // namespace vantro

@@ -9,6 +9,7 @@
 #include "settings/Options.h"
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
+#include "toolkit/Keys.h"
 #include "toolkit/ModalInput.h"
 #include "toolkit/WebEngine.h"
 #include "windows/Icons.h"
@@ -48,7 +49,8 @@ frmMain::frmMain(Runtime& runtime)
       tmrDownload_(this),
       rest_(this),
       status_([this](const std::string& text) { ShowStatus(text); }),
-      tv_(new NewsTreeView(this, runtime.tree, clicks_)),
+      tv_(new NewsTreeView(
+          this, runtime.tree, clicks_, [this](const std::string& text) { status_.Say("search", text); })),
       picDownload_(
           new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "picDownload")),
       webPlace_(new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "webPlace"))
@@ -142,6 +144,18 @@ void frmMain::BindEvents()
         wxEVT_TIMER, [this](wxTimerEvent&) { status_.ComeToRest(); }, rest_.GetId());
     Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { Form_Unload(); });
     HearCloseRequests(*this);
+    HearKeys(*this,
+        {{"F5", [this] { refresh_->StartFeedDownloads(); }},
+            {"<Control>r", [this] { refresh_->StartFeedDownloads(); }}, {"<Control>q", [this] { Close(); }},
+            {"F6", [this] { SwitchFocus(); }}, {"<Shift>F6", [this] { SwitchFocus(); }}});
+}
+
+void frmMain::SwitchFocus()
+{
+    if (web_ && tv_->HasFocus())
+        web_->Window()->SetFocus();
+    else
+        tv_->SetFocus();
 }
 
 void frmMain::Form_Load()

@@ -81,6 +81,7 @@ private:
     [[nodiscard]] bkDLControl* MakeDownload(const Site& site);
     void MakeMenus();
     void BindEvents();
+    void SwitchFocus();
     [[nodiscard]] Form ThisForm();
     [[nodiscard]] MainWindowParts Parts();
 
