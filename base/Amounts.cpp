@@ -2,25 +2,21 @@
 
 namespace vantro {
 
-namespace {
-
-std::string Counted(std::int64_t count, const char* unit)
+std::string CountText(std::int64_t count, std::string_view thing)
 {
-    return std::to_string(count) + " " + unit + (count == 1 ? "" : "s");
+    return std::to_string(count) + " " + std::string(thing) + (count == 1 ? "" : "s");
 }
-
-} // namespace
 
 std::string SizeText(std::int64_t bytes)
 {
     constexpr std::int64_t kMiB = 1024LL * 1024;
-    return bytes % kMiB == 0 ? std::to_string(bytes / kMiB) + " MiB" : Counted(bytes, "byte");
+    return bytes % kMiB == 0 ? std::to_string(bytes / kMiB) + " MiB" : CountText(bytes, "byte");
 }
 
 std::string TimeText(std::chrono::seconds time)
 {
     const auto count = time.count();
-    return count % 60 == 0 ? Counted(count / 60, "minute") : Counted(count, "second");
+    return count % 60 == 0 ? CountText(count / 60, "minute") : CountText(count, "second");
 }
 
 } // namespace vantro

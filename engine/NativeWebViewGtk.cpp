@@ -200,7 +200,7 @@ private:
         Connect("mouse-target-changed",
             G_CALLBACK(+[](WebKitWebView*, WebKitHitTestResult* under, guint, NativeWebViewGtk* self) {
                 const char* link = webkit_hit_test_result_get_link_uri(under);
-                self->pointedAt_ = link != nullptr ? link : "";
+                self->events_.pointed(self->pointedAt_ = link != nullptr ? link : "");
             }));
         Connect("button-release-event",
             G_CALLBACK(+[](GtkWidget*, GdkEventButton* event, NativeWebViewGtk* self) -> gboolean {

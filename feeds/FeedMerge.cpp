@@ -107,10 +107,9 @@ void RebuildBranch(const Site& site, NewsTree& tree, const std::vector<FeedItem>
         tree.ReplaceBranch(*root, std::move(nodes));
 }
 
-enum class Merged { NothingNew, NewList, NotStored };
-
-// NotStored is said.
-Merged Merge(const Site& site, const FeedServices& services, const std::vector<FeedItem>& items)
+// The number of new items, with which the list was stored; nothing when it could not be, which is said.
+std::optional<std::size_t> Merge(
+    const Site& site, const FeedServices& services, const std::vector<FeedItem>& items)
 {
     std::vector<std::string_view> titles;
     titles.reserve(items.size());
@@ -122,31 +121,33 @@ Merged Merge(const Site& site, const FeedServices& services, const std::vector<F
         ItemStore store(services.registry, site);
         const std::int32_t oldCount = store.Count();
         plan = PlanMerge(ReadKept(site, services, oldCount), titles);
-        if (plan.anythingNew)
+        if (plan.newItems > 0)
             store.Rewrite(oldCount, items, plan.states);
     });
-    if (!plan.anythingNew)
-        return Merged::NothingNew;
+    if (plan.newItems == 0)
+        return 0;
     if (failure) {
         services.say(site.identifier,
             "The news list of " + std::string(site.displayName) + " could not be stored: " + *failure);
-        return Merged::NotStored;
+        return std::nullopt;
     }
+    const std::size_t newItems = plan.newItems;
     RebuildBranch(site, services.tree, items, std::move(plan));
-    return Merged::NewList;
+    return newItems;
 }
 
 } // namespace
 
-void MergeFeed(const Site& site, const FeedServices& services, const std::filesystem::path& file)
+std::size_t MergeFeed(const Site& site, const FeedServices& services, const std::filesystem::path& file)
 {
     const std::optional<FeedItems> items = ReadItems(site, services, file);
-    const Merged merged = items ? Merge(site, services, items->taken) : Merged::NothingNew;
+    const std::optional<std::size_t> newItems = items ? Merge(site, services, items->taken) : std::nullopt;
     DeleteFileIfExists(file);
-    if (items && merged != Merged::NotStored)
+    if (newItems)
         services.say(site.identifier, items->notice);
-    if (merged == Merged::NewList)
+    if (newItems > 0)
         UpdateSiteCounts(site, services);
+    return newItems.value_or(0);
 }
 
 } // namespace vantro

@@ -29,7 +29,7 @@ MergePlan PlanMerge(std::span<const KeptItem> kept, std::span<const std::string_
         if (state.tag.find(NewMarker) == std::string::npos)
             continue;
         state.tag = ReplaceAll(std::move(state.tag), NewMarker, {});
-        plan.anythingNew = true;
+        ++plan.newItems;
     }
     return plan;
 }

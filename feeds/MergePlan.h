@@ -2,6 +2,7 @@
 
 #include "feeds/ItemState.h"
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
@@ -17,7 +18,7 @@ struct KeptItem {
 
 // What a merge would do.
 struct MergePlan {
-    bool anythingNew = false; // when false, nothing at all is to change
+    std::size_t newItems = 0; // when there is none, nothing at all is to change
     std::vector<ItemState> states; // of the incoming items, in the order of the feed
 };
 

@@ -36,8 +36,9 @@ inline constexpr std::size_t kMostRead = 2 * kMostText;
 
 // Folds a downloaded feed file into the store and the tree, all or nothing, and deletes the file. A feed
 // without any new title changes nothing. A feed with more than is taken gives its first items, which is said.
-// What cannot be stored is said, and then the old list stays.
-void MergeFeed(const Site& site, const FeedServices& services, const std::filesystem::path& file);
+// What cannot be stored is said, and then the old list stays. Returns how many items of the new list were not
+// in the old one.
+std::size_t MergeFeed(const Site& site, const FeedServices& services, const std::filesystem::path& file);
 
 // Builds the site's item nodes from the store. Run once, when the site node has no items.
 void LoadSiteItems(const Site& site, const FeedServices& services);

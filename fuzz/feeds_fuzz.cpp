@@ -79,7 +79,7 @@ void CheckMerge(const std::vector<std::string_view>& titles)
 {
     const MergePlan first = PlanMerge({}, titles);
     Require(first.states.size() == titles.size(), "every incoming item has a state");
-    Require(first.anythingNew == !titles.empty(), "all of a first feed is new");
+    Require(first.newItems == titles.size(), "all of a first feed is new");
     std::vector<KeptItem> kept;
     for (std::size_t i = 0; i < titles.size(); ++i)
         kept.push_back({std::string(titles[i]), first.states[i]});

@@ -1,5 +1,6 @@
 #include "shell/RefreshCycle.h"
 
+#include "base/Amounts.h"
 #include "base/modMain.h"
 #include "platform/Files.h"
 #include "settings/Options.h"
@@ -25,6 +26,17 @@ std::string ErrorKind(std::int32_t e)
     return {};
 }
 
+std::string CheckText(std::size_t sites)
+{
+    return "Checking " + CountText(sites, "site");
+}
+
+std::string ResultText(std::size_t newItems, std::size_t failedSites)
+{
+    const std::string found = (newItems == 0 ? "No new items" : CountText(newItems, "new item"));
+    return failedSites == 0 ? found : found + "; " + CountText(failedSites, "site") + " could not be read";
+}
+
 } // namespace
 
 RefreshCycle::RefreshCycle(FeedServices services, const std::function<DownloadEngine&(const Site&)>& control,
@@ -47,10 +59,19 @@ RefreshCycle::RefreshCycle(FeedServices services, const std::function<DownloadEn
 
 void RefreshCycle::StartFeedDownloads()
 {
+    if (awaited_.empty()) {
+        newItems_ = 0;
+        failed_ = 0;
+    }
+    for (const Feed& feed : feeds_)
+        awaited_.insert(feed.site);
+    outlets_.showCheck(CheckText(awaited_.size()));
     for (const Feed& feed : feeds_) {
         feed.control->SetFileURL(feed.url);
         feed.control->SetSaveFilePath(folder_.string());
         feed.control->BeginDownload();
+        if (!feed.control->Downloading())
+            FeedEnded(feed);
     }
     StartRefreshTimer();
 }
@@ -73,10 +94,8 @@ void RefreshCycle::tmrDownload_Timer()
 {
     const std::int64_t minutes = IntervalMinutes();
     const std::int64_t left = minutes - MinuteCount;
-    if (left == 1)
-        outlets_.showCountdown("Checking for new items in 1 minute");
-    else if (left >= 2)
-        outlets_.showCountdown("Checking for new items in " + std::to_string(left) + " minutes");
+    if (left >= 1)
+        outlets_.showCountdown("Checking for new items in " + CountText(left, "minute"));
 
     if (MinuteCount >= minutes) {
         StartFeedDownloads();
@@ -95,7 +114,24 @@ void RefreshCycle::DLComplete(const Feed& feed)
 {
     const std::filesystem::path file = feed.control->SaveFileName();
     if (FileExists(file))
-        MergeFeed(*feed.site, services_, file);
+        newItems_ += MergeFeed(*feed.site, services_, file);
+    else
+        ++failed_;
+    FeedEnded(feed);
+}
+
+void RefreshCycle::FeedEnded(const Feed& feed)
+{
+    if (awaited_.erase(feed.site) == 0)
+        return;
+    if (!awaited_.empty()) {
+        outlets_.showCheck(CheckText(awaited_.size()));
+        return;
+    }
+    outlets_.showCountdown({}); // of the check that has just been made
+    outlets_.showCheck(ResultText(newItems_, failed_));
+    if (newItems_ > 0)
+        outlets_.newItems();
 }
 
 void RefreshCycle::download_DLError(int strip, std::int32_t e, const std::string& error)

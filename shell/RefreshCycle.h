@@ -6,9 +6,11 @@
 #include "feeds/SiteOperations.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +36,10 @@ public:
         std::function<void(int strip, const std::string& text)> showMessage;
         // The countdown in the status bar; an empty text takes it away.
         std::function<void(const std::string& text)> showCountdown;
+        // What the check under way does, and then what it has brought.
+        std::function<void(const std::string& text)> showCheck;
+        // Called at the end of a check that has brought new items.
+        std::function<void()> newItems;
     };
 
     // `control` is asked once for each of Sites(), in that order.
@@ -60,6 +66,7 @@ private:
 
     [[nodiscard]] std::int32_t IntervalMinutes() const;
     void DLComplete(const Feed& feed);
+    void FeedEnded(const Feed& feed);
     void download_DLError(int strip, std::int32_t e, const std::string& error);
 
     FeedServices services_;
@@ -67,6 +74,11 @@ private:
     MinuteTimer& tmrDownload_;
     Outlets outlets_;
     std::vector<Feed> feeds_; // in the order in which a check starts them
+
+    // Of the check under way, or the last one.
+    std::set<const Site*> awaited_;
+    std::size_t newItems_ = 0;
+    std::size_t failed_ = 0; // sites of which no list came
 };
 
 } // namespace vantro

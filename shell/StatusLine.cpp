@@ -8,9 +8,19 @@ StatusLine::StatusLine(std::function<void(const std::string& text)> show) : show
 
 void StatusLine::Say(std::string_view subject, const std::string& sentence)
 {
+    Put(subject, sentence, true);
+}
+
+void StatusLine::Mention(std::string_view subject, const std::string& sentence)
+{
+    Put(subject, sentence, false);
+}
+
+void StatusLine::Put(std::string_view subject, const std::string& sentence, bool onTop)
+{
     const auto erased = std::erase_if(said_, [&](const Said& said) { return said.subject == subject; });
     if (!sentence.empty()) {
-        said_.push_back({std::string(subject), sentence});
+        said_.insert(onTop ? said_.end() : said_.begin(), {std::string(subject), sentence});
         rests_ = false;
     }
     if (erased != 0 || !sentence.empty())

@@ -17,6 +17,8 @@ public:
 
     // Says a sentence about the subject, in the place of the one before; "" when that no longer holds.
     void Say(std::string_view subject, const std::string& sentence);
+    // The same for what is less than a sentence said with Say(), and shown only while there is none of those.
+    void Mention(std::string_view subject, const std::string& sentence);
     // Says one more sentence that holds until the end of the program. An empty one adds nothing.
     void AddNotice(const std::string& sentence);
     // To be called when nothing has been said for kSentenceStays.
@@ -30,6 +32,7 @@ private:
         std::string sentence;
     };
 
+    void Put(std::string_view subject, const std::string& sentence, bool onTop);
     void Show();
 
     std::function<void(const std::string&)> show_;

@@ -32,7 +32,8 @@ struct RefreshCycleTest : FeedFixture {
         };
         cycle_.emplace(Services(), control, hosts, folder_.Path(), timer_,
             RefreshCycle::Outlets{[this](int, const std::string& text) { boxes_.push_back(text); },
-                [this](const std::string& text) { countdown_ = text; }});
+                [this](const std::string& text) { countdown_ = text; },
+                [this](const std::string& text) { check_ += text + "\n"; }, [this] { check_ += "!"; }});
     }
 
     AsyncRead reader_{[] {}};
@@ -41,6 +42,7 @@ struct RefreshCycleTest : FeedFixture {
     FakeTimer timer_;
     std::vector<std::string> boxes_;
     std::string countdown_;
+    std::string check_;
     std::optional<RefreshCycle> cycle_;
 };
 
@@ -58,6 +60,11 @@ TEST_F(RefreshCycleTest, BringsEverySiteTheFeedOfItsOwnHost)
         EXPECT_EQ(engines_.at(site).FileURL(), url);
         EXPECT_EQ(TreeTitles(*site), Titles{url});
     }
+    EXPECT_EQ(
+        check_, "Checking 4 sites\nChecking 3 sites\nChecking 2 sites\nChecking 1 site\n4 new items\n!");
+    check_.clear();
+    cycle_->StartFeedDownloads();
+    EXPECT_TRUE(check_.ends_with("No new items; 4 sites could not be read\n")) << check_;
 }
 
 TEST_F(RefreshCycleTest, CountsDownAndChecksOneMinuteAfterTheLast)

@@ -13,11 +13,15 @@ TEST(StatusLine, ShowsTheNewestThatHoldsAndComesBackToWhatLasts)
     EXPECT_EQ(shown, "Full.");
     line.ComeToRest();
     EXPECT_EQ(shown, "Full.") << "nothing lasts";
+    line.Mention("check", "2 new items");
+    EXPECT_EQ(shown, "Full.");
     line.Say("countdown", "4 minutes");
     EXPECT_EQ(shown, "4 minutes");
     line.Say("countdown", "");
     EXPECT_EQ(shown, "Full.") << "it still holds";
     line.Say("mark", "");
+    EXPECT_EQ(shown, "2 new items");
+    line.Mention("check", "");
     EXPECT_EQ(shown, "");
 
     line.AddNotice("No store.");

@@ -50,6 +50,7 @@ Browser::Browser(wxWindow* parent, std::function<void()> lost, BrowserSettings s
         CallAfter([this, address] { NavigateFrame(address, kMainFrame); });
     };
     events.pressed = [this] { gate_.Pressed(); };
+    events.pointed = [this](const std::string& link) { settings_.point(IsOwnAddress(link) ? "" : link); };
     events.clicked = [this](const std::string& link) { Clicked(link); };
     events.command = [this](NativeWebView::Command command, const std::string& link) { Do(command, link); };
     events.processLost = [this] { Lost(); };
@@ -124,6 +125,7 @@ void Browser::Begin(Page page, std::map<std::string, PagePart> parts, LoadEnded 
     answerLimit_.Stop();
     limit_.StartOnce(static_cast<int>(settings_.loadLimit.count()));
     Say({});
+    settings_.point({});
     native_->SetCookies(false);
     if (native_->ProcessResponds())
         Load();

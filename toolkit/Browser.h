@@ -30,6 +30,8 @@ struct BrowserSettings {
     std::function<void(const std::string& sentence)> say = [](const std::string&) {};
     std::chrono::milliseconds loadLimit = kLoadLimit; // tests shorten it
     std::function<bool(const std::string& address)> openOutside = OpenInDefaultProgram;
+    // Is told the address of the link under the mouse, "" when it is under none that leads elsewhere.
+    std::function<void(const std::string& link)> point = [](const std::string&) {};
 };
 
 // The embedded browser control. Pages cannot open windows, start downloads or read local files, and go

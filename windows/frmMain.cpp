@@ -15,6 +15,7 @@
 #include "windows/Icons.h"
 #include "windows/bkDLControl.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
@@ -68,7 +69,12 @@ frmMain::frmMain(Runtime& runtime)
             [this](int strip, const std::string& text) {
                 messages_.Show({"download " + std::to_string(strip), std::string(ProductName), text});
             },
-            [this](const std::string& text) { status_.Say("countdown", text); }});
+            [this](const std::string& text) { status_.Say("countdown", text); },
+            [this](const std::string& text) { status_.Mention("check", text); },
+            [this] {
+                if (!IsActive())
+                    RequestUserAttention(wxUSER_ATTENTION_ERROR); // the kind that lasts until it is active
+            }});
     BindEvents();
 }
 
@@ -201,6 +207,8 @@ void frmMain::LoadPages()
     status_.AddNotice(runtime_.StartNotice());
     LoadBrowser();
     LoadStoredItems(Services());
+    if (std::ranges::all_of(runtime_.tree.Roots(), [](const auto& root) { return root->Children().empty(); }))
+        status_.Mention("check", "Press F5 to fetch the news.");
     if (web_)
         web_->SetSilent(true);
     Update(); // the window paints before the network starts
@@ -225,7 +233,8 @@ void frmMain::LoadBrowser()
     try {
         web_ = std::make_unique<Browser>(
             webPlace_, [this] { display_->BrowserLost(); },
-            BrowserSettings{.say = [this](const std::string& text) { status_.Say("browser", text); }});
+            BrowserSettings{.say = [this](const std::string& text) { status_.Say("browser", text); },
+                .point = [this](const std::string& link) { status_.Say("link", link); }});
     } catch (const std::runtime_error& error) {
         status_.AddNotice(error.what());
         return;
