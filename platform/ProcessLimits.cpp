@@ -6,6 +6,7 @@
 #include <pthread.h>
 #include <semaphore>
 #include <sys/eventfd.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
@@ -57,6 +58,14 @@ bool CanStart(int threads)
     return static_cast<int>(started.size()) == threads;
 }
 
+bool CanReserve(std::size_t addresses)
+{
+    if (addresses == 0)
+        return true;
+    void* piece = mmap(nullptr, addresses, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    return piece != MAP_FAILED && munmap(piece, addresses) == 0;
+}
+
 } // namespace
 
 void RaiseFileLimit()
@@ -74,6 +83,8 @@ std::optional<std::string> WhatIsLacking(const Room& room)
         return "the system lets the program open too few files.";
     if (!CanStart(room.threads))
         return "the system lets the program start too few processes or threads.";
+    if (!CanReserve(room.addresses))
+        return "the system lets the program have too few addresses of memory.";
     return std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -13,6 +14,7 @@ struct Room {
     int fileLimit; // all open files
     int files; // further ones
     int threads; // further ones, each of which may be a process
+    std::size_t addresses = 0; // further bytes in one piece, which need not be filled
 };
 
 // What of it is not to be had, as the end of a sentence; nothing when all is. Takes it for a moment. Any

@@ -8,6 +8,7 @@
 #include "tests/support/FeedFixture.h"
 
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <future>
@@ -48,7 +49,8 @@ TEST(ProcessLimits, WhatIsLackingIsSaidAndTheSoftLimitOfFilesIsRaised)
     EXPECT_TRUE(WhatIsLacking({64, 4, 4})) << "the limit";
     EXPECT_TRUE(WhatIsLacking({32, 48, 4})) << "some are open";
     RaiseFileLimit();
-    EXPECT_FALSE(WhatIsLacking({64, 48, 4}));
+    EXPECT_FALSE(WhatIsLacking({64, 48, 4, 4096}));
+    EXPECT_TRUE(WhatIsLacking({64, 48, 4, SIZE_MAX / 2})) << "addresses";
     setrlimit(RLIMIT_NOFILE, &usual);
 }
 

@@ -5,6 +5,7 @@
 #include "platform/ProcessLimits.h"
 #include "platform/SessionBus.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <exception>
@@ -33,8 +34,9 @@ struct OpenModule {
     bool hasSandbox;
 };
 
-// The engine ends the program when it cannot start its processes. They take half of this for a small page.
-constexpr Room kNeeds{64, 28, 48};
+// The engine ends the program when it cannot start its processes. They take half of this for a small page; of
+// the addresses, nearly all, as the engine sets four GiB of them aside for its scripts.
+constexpr Room kNeeds{64, 28, 48, std::size_t{6} << 30};
 
 std::runtime_error Failure(const std::string& reason)
 {
