@@ -124,8 +124,12 @@ public:
         // Of the location of a stranger's page only these two may be used.
         const std::string script = "window.frames[" + Quoted(frame) + "].location"
             + (replace ? ".replace(" + Quoted(address) + ")" : " = " + Quoted(address)) + ";";
-        webkit_web_view_evaluate_javascript(view_, script.c_str(), static_cast<gssize>(script.size()),
-            nullptr, nullptr, nullptr, nullptr, nullptr);
+        Run(script);
+    }
+
+    void SetHeadHeight(int height) override
+    {
+        Run("document.body.rows = \"" + std::to_string(height) + ",*\";");
     }
 
     void Back() override
@@ -151,6 +155,12 @@ public:
     void SetSilent(bool silent) override { silent_ = silent ? TRUE : FALSE; }
 
 private:
+    void Run(const std::string& script)
+    {
+        webkit_web_view_evaluate_javascript(view_, script.c_str(), static_cast<gssize>(script.size()),
+            nullptr, nullptr, nullptr, nullptr, nullptr);
+    }
+
     gpointer* WeakPointer() { return reinterpret_cast<gpointer*>(&view_); }
 
     void Connect(const char* signal, GCallback handler) { g_signal_connect(view_, signal, handler, this); }

@@ -2,9 +2,11 @@
 
 #include "base/TextCoding.h"
 #include "platform/Files.h"
+#include "toolkit/Screen.h"
 #include "toolkit/WebEngine.h"
 #include "web/WebAddress.h"
 
+#include <cmath>
 #include <utility>
 
 namespace vantro {
@@ -14,6 +16,7 @@ namespace {
 constexpr int kComplete = 4;
 constexpr int kLoading = 1;
 constexpr int kLookForStopped = 2000; // milliseconds
+constexpr double kHeadHeight = 95; // pixels, as the pages give it to their upper frame
 constexpr const char* kBlankPage = "about:blank";
 
 PagePart PartOf(std::string_view file, std::string bytes)
@@ -226,8 +229,15 @@ void Browser::SendTexts()
     if (awaited_.empty())
         Finish(LoadEnd::Complete);
     policy_.TextsBegin(awaited_);
+    FollowTextScale();
     for (const auto& [frame, address] : page_.texts)
         native_->LoadFrame(frame, address, true);
+}
+
+void Browser::FollowTextScale()
+{
+    if (page_.texts.size() > 1)
+        native_->SetHeadHeight(static_cast<int>(std::lround(kHeadHeight * TextScale())));
 }
 
 void Browser::Finish(LoadEnd end)

@@ -52,6 +52,8 @@ public:
     void NavigateFrame(const std::string& address, std::string_view frame) override;
     [[nodiscard]] int ReadyState() const override;
     void SetSilent(bool silent) override;
+    // Fits the page shown to the size of text, which the engine follows by itself.
+    void FollowTextScale();
 
 private:
     // A page under way or shown.

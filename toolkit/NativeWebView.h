@@ -67,6 +67,8 @@ public:
     // Points a frame of the page shown at `address`, in place of what is there when `replace`. Nothing is
     // left in flight that could outlive the view.
     virtual void LoadFrame(std::string_view frame, const std::string& address, bool replace) = 0;
+    // Gives the upper frame of the page shown, which is one of ours, this height in pixels.
+    virtual void SetHeadHeight(int height) = 0;
     // Goes through what was followed in the page loaded last, and never to the page before it.
     virtual void Back() = 0;
     virtual void Forward() = 0;

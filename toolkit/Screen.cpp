@@ -1,20 +1,47 @@
 #include "toolkit/Screen.h"
 
 #include <gtk/gtk.h>
+#include <utility>
 #include <wx/display.h>
 #include <wx/toplevel.h>
 
 namespace vantro {
 
-TwipsPerPixel ScreenTwipsPerPixel()
+namespace {
+
+constexpr double kTwipsPerInch = 1440;
+constexpr double kUsualResolution = 96; // dots per inch
+
+} // namespace
+
+double TextScale()
 {
     // wxWindow::GetDPI() and wxDisplay::GetPPI() (wxWidgets 3.2) leave out the font resolution of the desktop
     // (Xft.dpi, GDK_DPI_SCALE, "large text"): they say 96 while every text is twice as large. And they count
     // the doubling of GDK_SCALE, which the toolkit's pixels have behind them already.
     GdkScreen* screen = gdk_screen_get_default();
     const double resolution = screen ? gdk_screen_get_resolution(screen) : -1.0;
-    const double twips = 1440.0 / (resolution > 0 ? resolution : 96.0);
+    return resolution > 0 ? resolution / kUsualResolution : 1;
+}
+
+TwipsPerPixel ScreenTwipsPerPixel()
+{
+    const double twips = kTwipsPerInch / kUsualResolution / TextScale();
     return {twips, twips};
+}
+
+void WatchTextScale(wxTopLevelWindow& window, std::function<void()> changed)
+{
+    using Changed = std::function<void()>;
+    constexpr const char* kKey = "vantro-text-scale";
+    const auto call = [](GObject*, GParamSpec*, GObject* widget) {
+        (*static_cast<Changed*>(g_object_get_data(widget, kKey)))();
+    };
+    GtkWidget* widget = window.GetHandle();
+    g_object_set_data_full(G_OBJECT(widget), kKey, new Changed(std::move(changed)),
+        [](gpointer data) { delete static_cast<Changed*>(data); });
+    g_signal_connect_object(gtk_settings_get_default(), "notify::gtk-xft-dpi",
+        G_CALLBACK(static_cast<void (*)(GObject*, GParamSpec*, GObject*)>(call)), widget, GConnectFlags{});
 }
 
 std::vector<Rectangle> Screens()

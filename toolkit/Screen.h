@@ -2,6 +2,7 @@
 
 #include "base/Twips.h"
 
+#include <functional>
 #include <vector>
 
 class wxTopLevelWindow;
@@ -13,6 +14,11 @@ namespace vantro {
 // their proportion to the text in them; a screen whose pixels the toolkit doubles by itself still counts as
 // one of 96.
 [[nodiscard]] TwipsPerPixel ScreenTwipsPerPixel();
+
+// The size of text against that at 96 dots per inch.
+[[nodiscard]] double TextScale();
+// Calls `changed` from the main loop whenever that changes, as long as `window` lives.
+void WatchTextScale(wxTopLevelWindow& window, std::function<void()> changed);
 
 // The monitors in the toolkit's pixels, the primary one first; never empty.
 [[nodiscard]] std::vector<Rectangle> Screens();

@@ -1,6 +1,7 @@
 #include "windows/Icons.h"
 
 #include "base/Resources.h"
+#include "toolkit/Screen.h"
 
 #include <string>
 #include <wx/image.h>
@@ -25,7 +26,15 @@ wxVector<wxBitmap> LoadSizes(std::string_view key)
 
 wxBitmapBundle LoadIcon(std::string_view key)
 {
-    return wxBitmapBundle::FromBitmaps(LoadSizes(key));
+    const wxBitmapBundle usual = wxBitmapBundle::FromBitmaps(LoadSizes(key));
+    if (TextScale() == 1 || !usual.IsOk())
+        return usual;
+    wxVector<wxBitmap> sizes;
+    for (const double scale : {TextScale(), 2 * TextScale()}) {
+        sizes.push_back(usual.GetBitmap(usual.GetDefaultSize() * scale));
+        sizes.back().SetScaleFactor(1);
+    }
+    return wxBitmapBundle::FromBitmaps(sizes);
 }
 
 wxIconBundle ProgramIcons()

@@ -57,6 +57,8 @@ class NewsTreeView::Model final : public wxDataViewModel {
 public:
     explicit Model(const NewsTree& tree) : tree_(tree) { }
 
+    void ForgetIcons() { icons_.clear(); }
+
     [[nodiscard]] unsigned int GetColumnCount() const override { return 1; }
     [[nodiscard]] wxString GetColumnType(unsigned int /*column*/) const override
     {
@@ -161,6 +163,11 @@ void NewsTreeView::RootAdded(const NewsNode& root)
 
 void NewsTreeView::BranchReplaced(const NewsNode& /*root*/)
 {
+    ShowAnew();
+}
+
+void NewsTreeView::ShowAnew()
+{
     // Cleared() costs a fraction of removing and adding the rows, but the view then forgets how it stood.
     const Showing showing(showing_);
     KeepPlace();
@@ -214,6 +221,12 @@ ListRow NewsTreeView::PlaceNow() const
     row.child = same != nullptr ? IndexOf(root->Children(), same)
                                 : std::clamp(ItemNumber(place_->item->key), 1, items) - 1;
     return row;
+}
+
+void NewsTreeView::FollowTextScale()
+{
+    model_->ForgetIcons();
+    ShowAnew();
 }
 
 void NewsTreeView::NodeChanged(const NewsNode& node)

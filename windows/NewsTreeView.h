@@ -29,6 +29,8 @@ public:
     // Opens `menu` for the click under way: at the pointer, or at the selected row when a key asked for it.
     // Its choices come to the parent window as wxEVT_MENU.
     void ShowPopup(wxMenu& menu);
+    // Draws the icons anew for the size of text; that of the rows follows by itself.
+    void FollowTextScale();
     // Whether it is still finding back to where it stood before a merge.
     [[nodiscard]] bool IsMoving() const { return place_.has_value(); }
 
@@ -49,6 +51,7 @@ private:
     void SelectionChanged() override;
 
     void BindEvents();
+    void ShowAnew();
     void OnMotion(wxMouseEvent& event);
     void Click(std::int16_t button);
     void KeepPlace();

@@ -11,6 +11,7 @@
 #include "shell/StartUp.h"
 #include "toolkit/Keys.h"
 #include "toolkit/ModalInput.h"
+#include "toolkit/Screen.h"
 #include "toolkit/WebEngine.h"
 #include "windows/Icons.h"
 #include "windows/bkDLControl.h"
@@ -192,12 +193,27 @@ void frmMain::InitMainWindow()
     RestoreWindowSize(ThisForm(), kDefaultWindowWidth, kDefaultWindowHeight);
     RestoreWindowPosition(ThisForm());
     layout_ = LayOutMainWindowAtStart(*this, Parts());
+    WatchTextScale(*this, [this] { FollowTextScale(); });
     Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
         event.Skip();
         LayOutMainWindow(*this, Parts(), layout_);
     });
     LayOutMainWindow(*this, Parts(), layout_);
     AddSiteRoots(runtime_.tree);
+}
+
+void frmMain::FollowTextScale()
+{
+    wxStatusBar* sBar = GetStatusBar();
+    constexpr double kLineHeight = 1.1; // as the window library reckons it, once
+    sBar->SetSize(wxDefaultCoord, wxDefaultCoord, wxDefaultCoord,
+        static_cast<int>(kLineHeight * sBar->GetCharHeight()) + 2 * sBar->GetBorderY());
+    SendSizeEvent();
+    layout_ = LayOutMainWindowAtStart(*this, Parts());
+    LayOutMainWindow(*this, Parts(), layout_);
+    tv_->FollowTextScale();
+    if (web_)
+        web_->FollowTextScale();
 }
 
 void frmMain::LoadPages()

@@ -72,6 +72,7 @@ private:
     // Start-up and shutdown, in the order in which they run.
     void InitGlobals();
     void InitMainWindow();
+    void FollowTextScale();
     void LoadPages();
     // Without an engine the window goes on without pages, and says so.
     void LoadBrowser();
