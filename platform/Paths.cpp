@@ -54,11 +54,12 @@ bool CanBeFolder(const fs::path& folder)
     return folder.is_absolute() && (stat((folder / "file").c_str(), &status) == 0 || errno == ENOENT);
 }
 
-// Open and locked, or none when the folder is missing or another run holds it.
+// Open and locked, or none when the folder is missing, also by then, or another run holds it.
 Descriptor LockFolder(const fs::path& folder)
 {
     Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
-    return flock(descriptor.Number(), LOCK_EX | LOCK_NB) == 0 ? std::move(descriptor) : Descriptor();
+    const bool isHeld = flock(descriptor.Number(), LOCK_EX | LOCK_NB) == 0 && fs::exists(folder);
+    return isHeld ? std::move(descriptor) : Descriptor();
 }
 
 void RemoveAbandonedRuns(const fs::path& parent)
@@ -112,8 +113,14 @@ RunFolder::RunFolder(const fs::path& parent) : path_(parent / kRunPrefix)
         if (const std::error_code error = MakePrivateFolders(parent))
             throw fs::filesystem_error("mkdir", parent, error);
         RemoveAbandonedRuns(parent);
-        path_ = MakePrivateFolder(parent, kRunPrefix);
-        lock_ = LockFolder(path_);
+        // Until it is locked, another run may take it for abandoned. Some file systems know no locks.
+        constexpr int kTries = 20;
+        for (int i = 0; i < kTries && !lock_.IsOpen(); ++i) {
+            if (i > 0)
+                fs::remove(path_);
+            path_ = MakePrivateFolder(parent, kRunPrefix);
+            lock_ = LockFolder(path_);
+        }
     } catch (const fs::filesystem_error& error) {
         failure_ = "The folder " + parent.string() + " cannot be used (" + error.code().message()
             + "): pages and downloads will not work.";

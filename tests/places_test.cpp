@@ -75,6 +75,19 @@ TEST(RunFolder, IsPrivateGoesAtTheEndClearsUpAfterAKilledRunAndSaysWhenItCannotB
     EXPECT_NE(failure.find("cannot be used (Not a directory)"), std::string::npos) << failure;
 }
 
+TEST(RunFolder, IsLeftAloneFromTheInstantWhenItIsMade)
+{
+    const TemporaryFolder temporary;
+    const auto run = [&] {
+        int lost = 0;
+        for (int i = 0; i < 500; ++i)
+            lost += fs::exists(RunFolder(temporary.Path()).Path()) ? 0 : 1;
+        return lost;
+    };
+    auto other = std::async(std::launch::async, run);
+    EXPECT_EQ(run() + other.get(), 0);
+}
+
 TEST(HostsFile, GivesBuiltInAddressesForWhatIsMissingOrUnusable)
 {
     const TemporaryFolder temporary;

@@ -17,8 +17,6 @@ LONGEST_LOCK = 4.0  # seconds for which another program holds the store; the pro
 SETTLED = 0.15  # seconds after which a picture changes no more
 STEP = 0.005  # seconds between two looks
 
-PHASES = ("start-up", "check", "merge", "marks", "mark on the screen", "options", "option on the screen", "closing", "two starts",
-          "start during closing", "held store")
 CHECKED = ("start-up", "check", "merge", "mark on the screen", "closing")  # phases that begin with a check
 SITES = tuple(feedserver.PATHS)
 ITEMS = 100
@@ -33,6 +31,9 @@ def is_read(tag):
 
 class Crashes:
     """Runs of the program on one store, each of which ends with a kill."""
+
+    PHASES = ("start-up", "check", "merge", "marks", "mark on the screen", "options", "option on the screen", "closing",
+              "two starts", "start during closing", "held store")
 
     def __init__(self, screen, home):
         self._screen = screen
@@ -52,7 +53,7 @@ class Crashes:
         self._chance = random.Random(seed)
         self._seen = []
         self._others = []
-        self._phase = PHASES[seed % len(PHASES)]
+        self._phase = self.PHASES[seed % len(self.PHASES)]
         self._fresh = {site: [f"{site} {seed} {number}" for number in range(5)] + titles
                        for site, titles in self._lists.items()}
         with sqlite3.connect(self._reader.store_file) as database:
@@ -157,23 +158,30 @@ class Crashes:
     def _start_during_closing(self):
         self._reader.start()
         self._await_window()
+        self._close_and_start()
+
+    def _held_store(self):
+        self._start_held("IMMEDIATE", self._chance.uniform(0, LONGEST_LOCK))
+        self._expect_one_window()
+
+    # What the phases are made of.
+
+    def _close_and_start(self):
         self._screen.close(self._window)
         time.sleep(self._chance.uniform(0, 0.2))
         self._others = [self._reader.another()]
         self._expect_one_window()
 
-    def _held_store(self):
+    def _start_held(self, lock, seconds):
+        """Starts twice while another program holds the store, which ends with this."""
         holder = sqlite3.connect(self._reader.store_file, isolation_level=None)
-        holder.execute("BEGIN IMMEDIATE")
-        until = time.monotonic() + self._chance.uniform(0, LONGEST_LOCK)
+        holder.execute(f"BEGIN {lock}")
+        until = time.monotonic() + seconds
         self._reader.start()
         self._others = [self._reader.another()]
         while time.monotonic() < until:
             time.sleep(STEP)
         holder.close()
-        self._expect_one_window()
-
-    # What the phases are made of.
 
     def _expect_one_window(self):
         """Of the programs one is left, and has a window; its marks are kept or not, as the others see it."""
@@ -304,12 +312,12 @@ class Crashes:
             self._seen.append(f"set aside: {aside}")
 
 
-def run_lane(seeds):
+def run_lane(seeds, runs=Crashes):
     """Makes the runs of these seeds one after the other, on the display there is. Prints a line for each."""
     signal.signal(signal.SIGINT, signal.default_int_handler)
     home = Path(f"crashes-{seeds.start}").resolve()
     home.mkdir()
-    crashes = Crashes(Screen(), home)
+    crashes = runs(Screen(), home)
     for seed in seeds:
         print(f"seed {seed}: {crashes.run(seed) or 'ok'}", flush=True)
     return True

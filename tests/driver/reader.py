@@ -86,10 +86,10 @@ class Reader:
         self.started = time.monotonic()
         self.process = self.another(command)
 
-    def another(self, command=None):
-        """A further process on the same store, which is the caller's to end."""
+    def another(self, command=None, data="data"):
+        """A further process, on the same store unless told otherwise, which is the caller's to end."""
         environment = dict(os.environ, XDG_CONFIG_HOME=str(self.home / "config"),
-                           XDG_DATA_HOME=str(self.home / "data"), XDG_CACHE_HOME=str(self.home / "cache"))
+                           XDG_DATA_HOME=str(self.home / data), XDG_CACHE_HOME=str(self.home / "cache"))
         with self.errors.open("wb") as errors:
             return subprocess.Popen([command or program()], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
                                     stdout=errors, stderr=errors)

@@ -13,21 +13,21 @@ SETTLING = 2.0  # seconds before a look
 MOST_GROWTH = 1.1  # of memory, from the end of the first quarter to any look of the second half
 LATE = 4  # descriptors opened after the first quarter, and once: /dev/urandom when the engine comes to it
 LONGEST_START = 15.0  # seconds
-LONGEST_WAIT = 30.0  # seconds for one check or one page
+LONGEST_WAIT = 45.0  # seconds for one check or one page; a connection may take 30
 KEPT = 20  # items of a feed; each check brings another one
 STEP = 0.005  # seconds between two looks at a condition
 SITES = tuple(feedserver.PATHS)
 
 
 class Soak:
-    def __init__(self, home):
+    def __init__(self, home, settings=None):
         self._served = 0
         self._newest = KEPT
         self.checks = self.displays = 0
         server = feedserver.FeedServer(self._behave)
         self._address = server.address
         home.mkdir()
-        self._reader = Reader(home, server.address, {}, {site: [] for site in SITES})
+        self._reader = Reader(home, server.address, settings or {}, {site: [] for site in SITES})
         self._screen = Screen()
         self._reader.start()
         self._window = self._screen.await_main_window(self._reader.pid, LONGEST_START)
@@ -69,11 +69,14 @@ class Soak:
         return [*map(str, self._reader.traces()), *([end] if end else [])]
 
     def _do(self, keys, done, what):
+        self._press(*keys)
+        self._wait(done, what)
+
+    def _press(self, *keys):
         self._screen.activate(self._window)
         for key in keys:
             self._screen.press(key)
             time.sleep(0.03)
-        self._wait(done, what)
 
     def _wait(self, done, what):
         end = time.monotonic() + LONGEST_WAIT
