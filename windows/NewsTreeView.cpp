@@ -259,6 +259,7 @@ void NewsTreeView::BindEvents()
     Bind(wxEVT_DATAVIEW_ITEM_EXPANDED, [toggled](wxDataViewEvent& event) { toggled(event, true); });
     Bind(wxEVT_DATAVIEW_ITEM_COLLAPSED, [toggled](wxDataViewEvent& event) { toggled(event, false); });
     Bind(wxEVT_LEFT_UP, &NewsTreeView::OnLeftUp, this);
+    Bind(wxEVT_RIGHT_DOWN, &NewsTreeView::OnRightDown, this);
     Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, [this](wxDataViewEvent& event) {
         if (NewsNode* node = NodeOf(event.GetItem()); node != nullptr && node->Parent() == nullptr)
             tree_.SetExpanded(*node, !node->Expanded());
@@ -286,6 +287,17 @@ void NewsTreeView::OnLeftUp(wxMouseEvent& event)
     // The selection is the view's own business and settled only afterwards.
     if (IsOnRow(event.GetPosition()))
         CallAfter([this] { Click(TreeClicks::kLeftButton); });
+}
+
+// On a row the toolkit selects it and asks for its menu; on the empty area it does nothing.
+void NewsTreeView::OnRightDown(wxMouseEvent& event)
+{
+    wxDataViewItem item;
+    wxDataViewColumn* column = nullptr;
+    HitTest(event.GetPosition(), item, column);
+    event.Skip(item.IsOk());
+    if (!item.IsOk())
+        Click(TreeClicks::kRightButton);
 }
 
 // The arrow of a branch, left of its caption, is no part of its row, and neither is the empty area.

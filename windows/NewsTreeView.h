@@ -53,6 +53,7 @@ private:
     void RestorePlaceWhenIdle(bool forTheLastTime);
     void ShowSelection();
     void OnLeftUp(wxMouseEvent& event);
+    void OnRightDown(wxMouseEvent& event);
     [[nodiscard]] bool IsOnRow(const wxPoint& position) const;
     [[nodiscard]] bool ToggleBranch(int key);
 
