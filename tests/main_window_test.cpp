@@ -144,10 +144,20 @@ TEST_F(MainWindowTest, LivesByKeyboardAlone)
 
     Press("Down Down Return"); // the second item of the own feed's open branch
     ASSERT_TRUE(PumpUntil([this] { return Caption("VANTRO") == "Vantro (1 New, 1 Unread, 2 Total)"; }));
+    const std::string told = test::Told(*window);
+    for (const char* line :
+        {"tree table News\n", "table cell Vantro (1 New, 1 Unread, 2 Total)\n", "table cell A, new\n",
+            "table cell B, read\n", "progress bar Download of Xbins 0.00\n", "statusbar Status\n"})
+        EXPECT_NE(told.find(line), std::string::npos) << line << told;
     EXPECT_EQ(runtime->tree.SelectedItem()->Key(), "vant2");
     EXPECT_EQ(PagesInFolder(), 0);
     Press("shift+F10 Down Return"); // on a read item the first is "Mark as Unread"
     ASSERT_TRUE(PumpUntil([] { return IsUnread(runtime->tree.Find("vant2")->Tag()); }));
+    Press("Tab");
+    EXPECT_TRUE(PumpUntil([] {
+        const wxWindow* focused = wxWindow::FindFocus();
+        return focused != nullptr && focused->GetParent()->GetName() == "webPlace";
+    }));
     Close();
     Start();
     EXPECT_EQ(Caption("VANTRO"), "Vantro (0 New, 2 Unread, 2 Total)");

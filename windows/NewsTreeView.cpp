@@ -3,6 +3,7 @@
 #include "base/TextCoding.h"
 #include "feeds/Site.h"
 #include "platform/IdleCall.h"
+#include "toolkit/Accessibility.h"
 #include "toolkit/ModalInput.h"
 #include "windows/Icons.h"
 
@@ -36,6 +37,18 @@ int IndexOf(const std::vector<std::unique_ptr<NewsNode>>& nodes, const NewsNode*
 {
     return static_cast<int>(std::ranges::find(nodes, node, &std::unique_ptr<NewsNode>::get) - nodes.begin());
 }
+
+// Tells in words what the pictures do.
+class RowRenderer final : public wxDataViewIconTextRenderer {
+public:
+    RowRenderer() : wxDataViewIconTextRenderer(GetDefaultType(), wxDATAVIEW_CELL_INERT, wxALIGN_LEFT) { }
+
+    bool SetValue(const wxVariant& value) override
+    {
+        SayAfterText(*this, StateWord(NodeOf(m_itemBeingRendered)->Image()));
+        return wxDataViewIconTextRenderer::SetValue(value);
+    }
+};
 
 // Sets a flag for the length of a block.
 class Showing {
@@ -128,9 +141,9 @@ NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks)
       placeTimer_(this)
 {
     AssociateModel(model_.get());
-    auto* renderer
-        = new wxDataViewIconTextRenderer("wxDataViewIconText", wxDATAVIEW_CELL_INERT, wxALIGN_LEFT);
-    auto* column = new wxDataViewColumn(wxString(), renderer, 0, wxCOL_WIDTH_AUTOSIZE, wxALIGN_LEFT, 0);
+    SetAccessibleName(*this, "News");
+    auto* column
+        = new wxDataViewColumn(wxString(), new RowRenderer, 0, wxCOL_WIDTH_AUTOSIZE, wxALIGN_LEFT, 0);
     AppendColumn(column);
     SetExpanderColumn(column);
     SetFont(GetFont().Scaled(kFontScale));
