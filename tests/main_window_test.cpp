@@ -57,7 +57,7 @@ struct MainWindowTest : ::testing::Test {
     // Types as a user would; the keys are pressed while events are handled.
     static void Press(const std::string& keys)
     {
-        ASSERT_NE(wxExecute("xdotool key --delay 120 " + keys, wxEXEC_ASYNC), 0);
+        ASSERT_NE(wxExecute(VANTRO_TEST_PRESS " " + keys, wxEXEC_ASYNC), 0);
     }
     [[nodiscard]] std::string Caption(const char* key) const
     {
