@@ -22,6 +22,20 @@ enum class TreeImage { Vantro, XboxScene, Site, ItemUnread, ItemRead, New };
     return {};
 }
 
+// What an item's picture tells, in a word; null for that of a site.
+[[nodiscard]] constexpr const char* StateWord(TreeImage image)
+{
+    switch (image) {
+    case TreeImage::ItemUnread: return "unread";
+    case TreeImage::ItemRead: return "read";
+    case TreeImage::New: return "new";
+    case TreeImage::Vantro:
+    case TreeImage::XboxScene:
+    case TreeImage::Site: break;
+    }
+    return nullptr;
+}
+
 // What a node of the news tree shows of its item's state. The tag of an item holds one of the markers of
 // modMain.h, unless the store holds another; that of a root is its site's display name.
 struct ItemState {

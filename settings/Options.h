@@ -25,7 +25,7 @@ struct Option {
     OptionKind kind;
     const char* control;
     int tabOrder;
-    const char* caption = "";
+    const char* caption; // of minutes only read out
     Rectangle place = {}; // of a check box in its frame, in twips
 };
 
@@ -45,7 +45,7 @@ inline constexpr Option kCheckAtStartup{"Check At Startup", OptionKind::OnOff, "
 inline constexpr Option kCheckInterval{"Check Interval", OptionKind::OnOff, "chkCheckInterval", 4,
     "Check for new items every                minutes", {240, 720, 3495, 315}};
 inline constexpr Option kCheckIntervalMinutes{
-    "Check Interval Minutes", OptionKind::Minutes, "txtCheckInterval", 5};
+    "Check Interval Minutes", OptionKind::Minutes, "txtCheckInterval", 5, "Minutes between two checks"};
 
 inline constexpr Option kGeneralOptions[]
     = {kAutoExpandNew, kCheckAtStartup, kCheckInterval, kCheckIntervalMinutes};

@@ -2,6 +2,7 @@
 #include "tests/support/FeedFixture.h"
 #include "tests/support/HttpServer.h"
 #include "tests/window/WindowTest.h"
+#include "toolkit/Accessibility.h"
 #include "toolkit/WxEventPump.h"
 #include "windows/bkDLControl.h"
 
@@ -45,6 +46,8 @@ TEST_F(DownloadControlTest, DrawsAsMuchOfTheBarAsHasArrivedAndTakesItAwayAtTheEn
     EXPECT_TRUE(PumpUntil([&] { return BarWidth() == 0; }));
     int paints = 0;
     control->Bind(wxEVT_PAINT, [&](wxPaintEvent& event) { event.Skip(++paints > 0); });
+    SetAccessibleName(*control, "Download");
+    EXPECT_EQ(Told(*control), "progress bar Download 0.00\n");
     control->Refresh();
     EXPECT_EQ(paints, 1) << "and no event had to be handled";
     // Half of it arrives, and no more.
@@ -53,6 +56,7 @@ TEST_F(DownloadControlTest, DrawsAsMuchOfTheBarAsHasArrivedAndTakesItAwayAtTheEn
     control->Engine().SetFileURL(server.Address("/half"));
     ASSERT_TRUE(control->Engine().BeginDownload());
     EXPECT_TRUE(PumpUntil([&] { return BarWidth() == 100; }));
+    EXPECT_EQ(Told(*control), "progress bar Download 0.50\n");
     control->Engine().CancelDownload();
     EXPECT_TRUE(PumpUntil([&] { return BarWidth() == 0; }));
 }

@@ -59,6 +59,17 @@ TEST_F(FormPlacementTest, IsPulledOntoTheScreenKeepsItsMinimumAndStoresNoMaximis
     EXPECT_TRUE(Option("frmMainTop") == 50000 * 15 && Option("frmMainHeight") == 500 * 15);
 }
 
+TEST_F(FormPlacementTest, IsStoredAsItWasAlsoWhereTheDesktopTellsNoPlace)
+{
+    StorePlace({203, 157, 801, 603});
+    Start();
+    EXPECT_EQ(Inner(), wxSize(801, 603));
+    End();
+    for (const auto& [name, pixels] :
+        {std::pair{"frmMainTop", 157}, {"frmMainLeft", 203}, {"frmMainWidth", 801}, {"frmMainHeight", 603}})
+        EXPECT_TRUE(Option(name) == pixels * 15) << name;
+}
+
 TEST_F(FormPlacementTest, ComesBackTheSameHoweverOftenItIsStarted)
 {
     StorePlace({203, 157, 801, 603});

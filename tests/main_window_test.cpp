@@ -57,7 +57,7 @@ struct MainWindowTest : ::testing::Test {
     // Types as a user would; the keys are pressed while events are handled.
     static void Press(const std::string& keys)
     {
-        ASSERT_EQ(wxExecute("xdotool key --delay 120 " + keys, wxEXEC_SYNC | wxEXEC_NODISABLE), 0);
+        ASSERT_EQ(wxExecute(VANTRO_TEST_PRESS " " + keys, wxEXEC_SYNC | wxEXEC_NODISABLE), 0);
     }
     [[nodiscard]] std::string Caption(const char* key) const
     {
@@ -144,6 +144,11 @@ TEST_F(MainWindowTest, LivesByKeyboardAlone)
 
     Press("Down Down Return"); // the second item of the own feed's open branch
     ASSERT_TRUE(PumpUntil([this] { return Caption("VANTRO") == "Vantro (1 New, 1 Unread, 2 Total)"; }));
+    const std::string told = test::Told(*window);
+    for (const char* line :
+        {"tree table News\n", "table cell Vantro (1 New, 1 Unread, 2 Total)\n", "table cell A, new\n",
+            "table cell B, read\n", "progress bar Download of Xbins 0.00\n", "statusbar Status\n"})
+        EXPECT_NE(told.find(line), std::string::npos) << line << told;
     EXPECT_EQ(runtime->tree.SelectedItem()->Key(), "vant2");
     EXPECT_EQ(PagesInFolder(), 0);
     const wxWindow* list = wxWindow::FindWindowByName("tv", window.get());
@@ -157,6 +162,11 @@ TEST_F(MainWindowTest, LivesByKeyboardAlone)
     EXPECT_TRUE(list->HasFocus());
     Press("shift+F10 Down Return"); // on a read item the first is "Mark as Unread"
     ASSERT_TRUE(PumpUntil([] { return IsUnread(runtime->tree.Find("vant2")->Tag()); }));
+    Press("Tab");
+    EXPECT_TRUE(PumpUntil([] {
+        const wxWindow* focused = wxWindow::FindFocus();
+        return focused != nullptr && focused->GetParent()->GetName() == "webPlace";
+    }));
     Close();
     Start();
     EXPECT_EQ(Caption("VANTRO"), "Vantro (0 New, 1 Unread, 2 Total)");

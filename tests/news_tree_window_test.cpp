@@ -117,15 +117,18 @@ TEST_F(NewsTreeViewTest, KeysAndRightClicksKeepFocusAndSelectionTogether)
     Rest();
     EXPECT_TRUE(view->HasFocus());
     EXPECT_EQ(view->GetSelection().GetID(), tree.Find("XBINS"));
-    Click(*view, Row("XBOXSCENE").GetPosition() + wxPoint(20, 5), wxMOUSE_BTN_RIGHT);
-    EXPECT_EQ(clicks, "popup ");
-    EXPECT_TRUE(MenuIsOpen());
-    EXPECT_EQ(tree.SelectedItem(), tree.Find("XBOXSCENE"));
-    EXPECT_EQ(view->GetCurrentItem().GetID(), tree.Find("XBOXSCENE"));
-    Merge("XBINS", 5, 3);
-    EXPECT_TRUE(MenuIsOpen()) << "a merge does not close it";
-    wxUIActionSimulator().Char(WXK_ESCAPE);
-    ASSERT_TRUE(PumpUntil([this] { return !MenuIsOpen(); }));
+    for (const wxPoint place : {Row("XBOXSCENE").GetPosition() + wxPoint(20, 5), {150, 200}}) {
+        Click(*view, place, wxMOUSE_BTN_RIGHT); // on a row, and below the rows
+        EXPECT_EQ(std::exchange(clicks, ""), "popup ");
+        EXPECT_TRUE(MenuIsOpen());
+        EXPECT_EQ(tree.SelectedItem(), tree.Find("XBOXSCENE"));
+        EXPECT_EQ(view->GetSelection().GetID(), tree.Find("XBOXSCENE"));
+        EXPECT_EQ(view->GetCurrentItem().GetID(), tree.Find("XBOXSCENE"));
+        Merge("XBINS", 5, 3);
+        EXPECT_TRUE(MenuIsOpen()) << "a merge does not close it";
+        wxUIActionSimulator().Char(WXK_ESCAPE);
+        ASSERT_TRUE(PumpUntil([this] { return !MenuIsOpen(); }));
+    }
 }
 
 TEST_F(NewsTreeViewTest, LettersFindTitlesInSightAndNTheNextUnreadItem)

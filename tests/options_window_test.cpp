@@ -51,6 +51,30 @@ TEST_F(OptionsDialogTest, TheMouseSwitchesCheckingOnAndOff)
     DestroyAndWait(*dialog);
 }
 
+TEST_F(OptionsDialogTest, AssistiveTechnologyFindsEveryBoxUnderItsOwnSite)
+{
+    Open();
+    EXPECT_EQ(Told(*dialog),
+        "frame Options\n"
+        "panel General\n"
+        "check box Auto expand sites with New items\n"
+        "check box Check for new items at start up\n"
+        "check box Check for new items every                minutes\n"
+        "text Minutes between two checks\n"
+        "label General\n"
+        "panel Xbins\n"
+        "check box Auto display NFO link\n"
+        "check box Open author/product homepage in external browser\n"
+        "label Xbins\n"
+        "panel Xbox-Scene\n"
+        "check box Open news in external browser\n"
+        "label Xbox-Scene\n"
+        "panel Max Console\n"
+        "check box Open news in external browser\n"
+        "label Max Console\n");
+    DestroyAndWait(*dialog);
+}
+
 TEST_F(OptionsDialogTest, TheTabKeyGoesThroughAllBoxesAndEveryKeystrokeStoresItsOwnOption)
 {
     Open();

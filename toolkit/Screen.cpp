@@ -1,6 +1,7 @@
 #include "toolkit/Screen.h"
 
 #include <gtk/gtk.h>
+#include <string_view>
 #include <utility>
 #include <wx/display.h>
 #include <wx/toplevel.h>
@@ -58,6 +59,11 @@ std::vector<Rectangle> Screens()
         screens.push_back({0, 0, size.x, size.y});
     }
     return screens;
+}
+
+bool WindowsKnowTheirPlace()
+{
+    return std::string_view(G_OBJECT_TYPE_NAME(gdk_display_get_default())) != "GdkWaylandDisplay";
 }
 
 wxSize DecorationSize(const wxTopLevelWindow& window)

@@ -23,6 +23,10 @@ void WatchTextScale(wxTopLevelWindow& window, std::function<void()> changed);
 // The monitors in the toolkit's pixels, the primary one first; never empty.
 [[nodiscard]] std::vector<Rectangle> Screens();
 
+// Whether windows know where on the screen they stand. Under Wayland they do not, and GetPosition() makes a
+// place up.
+[[nodiscard]] bool WindowsKnowTheirPlace();
+
 // What the window manager adds to a window in pixels, title bar included, as far as it is known: nothing
 // before the window has been shown for the first time.
 [[nodiscard]] wxSize DecorationSize(const wxTopLevelWindow& window);

@@ -3,6 +3,7 @@
 #include "base/TextCoding.h"
 #include "feeds/Site.h"
 #include "platform/IdleCall.h"
+#include "toolkit/Accessibility.h"
 #include "toolkit/ModalInput.h"
 #include "windows/Icons.h"
 
@@ -37,6 +38,18 @@ int IndexOf(const std::vector<std::unique_ptr<NewsNode>>& nodes, const NewsNode*
 {
     return static_cast<int>(std::ranges::find(nodes, node, &std::unique_ptr<NewsNode>::get) - nodes.begin());
 }
+
+// Tells in words what the pictures do.
+class RowRenderer final : public wxDataViewIconTextRenderer {
+public:
+    RowRenderer() : wxDataViewIconTextRenderer(GetDefaultType(), wxDATAVIEW_CELL_INERT, wxALIGN_LEFT) { }
+
+    bool SetValue(const wxVariant& value) override
+    {
+        SayAfterText(*this, StateWord(NodeOf(m_itemBeingRendered)->Image()));
+        return wxDataViewIconTextRenderer::SetValue(value);
+    }
+};
 
 // Sets a flag for the length of a block.
 class Showing {
@@ -139,9 +152,9 @@ NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks,
               std::move(say)})
 {
     AssociateModel(model_.get());
-    auto* renderer
-        = new wxDataViewIconTextRenderer("wxDataViewIconText", wxDATAVIEW_CELL_INERT, wxALIGN_LEFT);
-    auto* column = new wxDataViewColumn(wxString(), renderer, 0, wxCOL_WIDTH_AUTOSIZE, wxALIGN_LEFT, 0);
+    SetAccessibleName(*this, "News");
+    auto* column
+        = new wxDataViewColumn(wxString(), new RowRenderer, 0, wxCOL_WIDTH_AUTOSIZE, wxALIGN_LEFT, 0);
     AppendColumn(column);
     SetExpanderColumn(column);
     SetFont(GetFont().Scaled(kFontScale));
@@ -281,6 +294,7 @@ void NewsTreeView::BindEvents()
     Bind(wxEVT_DATAVIEW_ITEM_EXPANDED, [toggled](wxDataViewEvent& event) { toggled(event, true); });
     Bind(wxEVT_DATAVIEW_ITEM_COLLAPSED, [toggled](wxDataViewEvent& event) { toggled(event, false); });
     Bind(wxEVT_LEFT_UP, &NewsTreeView::OnLeftUp, this);
+    Bind(wxEVT_RIGHT_DOWN, &NewsTreeView::OnRightDown, this);
     Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, [this](wxDataViewEvent& event) {
         if (NewsNode* node = NodeOf(event.GetItem()); node != nullptr && node->Parent() == nullptr)
             tree_.SetExpanded(*node, !node->Expanded());
@@ -309,6 +323,17 @@ void NewsTreeView::OnLeftUp(wxMouseEvent& event)
     // The selection is the view's own business and settled only afterwards.
     if (IsOnRow(event.GetPosition()))
         CallAfter([this] { Click(TreeClicks::kLeftButton); });
+}
+
+// On a row the toolkit selects it and asks for its menu; on the empty area it does nothing.
+void NewsTreeView::OnRightDown(wxMouseEvent& event)
+{
+    wxDataViewItem item;
+    wxDataViewColumn* column = nullptr;
+    HitTest(event.GetPosition(), item, column);
+    event.Skip(item.IsOk());
+    if (!item.IsOk())
+        Click(TreeClicks::kRightButton);
 }
 
 // The arrow of a branch, left of its caption, is no part of its row, and neither is the empty area.

@@ -59,6 +59,7 @@ private:
     void RestorePlaceWhenIdle(bool forTheLastTime);
     void ShowSelection();
     void OnLeftUp(wxMouseEvent& event);
+    void OnRightDown(wxMouseEvent& event);
     [[nodiscard]] bool IsOnRow(const wxPoint& position) const;
 
     NewsTree& tree_;

@@ -1,6 +1,7 @@
 #include "windows/bkDLControl.h"
 
 #include "downloader/PropertyBag.h"
+#include "toolkit/Accessibility.h"
 #include "toolkit/MessageDialog.h"
 #include "toolkit/Screen.h"
 
@@ -190,13 +191,17 @@ void bkDLControl::Draw(wxDC& dc) const
     }
     dc.SetBrush(wxBrush(ToColour(backColor_)));
     dc.DrawRectangle(area);
-    const float percent = engine_.Percent();
-    if (!engine_.ShowProgress() || !(percent > 0))
-        return;
     wxRect bar = area;
-    bar.width = std::min(RoundToInt32(double{percent} * area.width), area.width);
+    bar.width = RoundToInt32(ShownPart() * area.width);
+    if (bar.width == 0)
+        return;
     dc.SetBrush(wxBrush(ToColour(foreColor_)));
     dc.DrawRectangle(bar);
+}
+
+double bkDLControl::ShownPart() const
+{
+    return engine_.ShowProgress() && engine_.Percent() > 0 ? std::min(engine_.Percent(), 1.0F) : 0.0;
 }
 
 void bkDLControl::OnButtonDown(wxMouseEvent& event)
@@ -251,6 +256,7 @@ void bkDLControl::MarkChanged(std::string_view name)
 
 void bkDLControl::Refresh(bool eraseBackground, const wxRect* area)
 {
+    TellAsProgressBar(*this, ShownPart());
     wxWindow::Refresh(eraseBackground, area);
     Update();
 }

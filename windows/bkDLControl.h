@@ -82,6 +82,7 @@ private:
     void OnDoubleClick(wxMouseEvent& event);
     void OnMove(wxMouseEvent& event);
     void Draw(wxDC& dc) const;
+    [[nodiscard]] double ShownPart() const; // of the file, 0 to 1
     void RaiseMouse(
         const MouseEvents::Handler& handler, std::int16_t button, const wxMouseEvent& event) const;
     void MarkChanged(std::string_view name);

@@ -9,6 +9,7 @@
 #include "settings/Options.h"
 #include "settings/modRegistry.h"
 #include "shell/StartUp.h"
+#include "toolkit/Accessibility.h"
 #include "toolkit/Keys.h"
 #include "toolkit/ModalInput.h"
 #include "toolkit/Screen.h"
@@ -36,6 +37,16 @@ namespace {
 
 constexpr std::size_t kLongestMessage = 300; // characters in the status bar
 
+// Only what is in it takes the focus.
+class Holder final : public wxPanel {
+public:
+    Holder(wxWindow* parent, const char* name)
+        : wxPanel(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, name)
+    {
+        m_container.DisableSelfFocus();
+    }
+};
+
 } // namespace
 
 frmMain::frmMain(Runtime& runtime)
@@ -53,14 +64,14 @@ frmMain::frmMain(Runtime& runtime)
       status_([this](const std::string& text) { ShowStatus(text); }),
       tv_(new NewsTreeView(
           this, runtime.tree, clicks_, [this](const std::string& text) { status_.Say("search", text); })),
-      picDownload_(
-          new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "picDownload")),
-      webPlace_(new wxPanel(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "webPlace"))
+      picDownload_(new Holder(this, "picDownload")),
+      webPlace_(new Holder(this, "webPlace"))
 {
     webPlace_->SetBackgroundColour(*wxWHITE);
     webPlace_->SetSizer(new wxBoxSizer(wxVERTICAL));
     SetIcons(ProgramIcons());
     CreateStatusBar(1, wxSTB_DEFAULT_STYLE, wxID_ANY, "sBar");
+    TellAsStatusBar(*GetStatusBar(), "");
     SetStatusBarPane(-1); // menus would put their help, which they do not have, over what stands there
     MakeMenus();
     refresh_ = std::make_unique<RefreshCycle>(
@@ -92,6 +103,7 @@ bkDLControl* frmMain::MakeDownload(const Site& site)
     auto* control = new bkDLControl(parent, runtime_.reader, runtime_.pump);
     control->Show(site.strip.has_value());
     control->SetName(wxString::FromUTF8(name));
+    SetAccessibleName(*control, "Download of " + std::string(site.displayName));
     control->ReadProperties(SavedProperties("frmMain", name));
     control->ShowStartFailure
         = [this, subject = "start of " + name](const std::string& title, const std::string& text) {
@@ -321,7 +333,9 @@ bool frmMain::BringToFront()
 
 void frmMain::ShowStatus(const std::string& text)
 {
-    GetStatusBar()->SetStatusText(wxString::FromUTF8(OneLine(text, kLongestMessage)));
+    const std::string line = OneLine(text, kLongestMessage);
+    GetStatusBar()->SetStatusText(wxString::FromUTF8(line));
+    TellAsStatusBar(*GetStatusBar(), line);
     rest_.StartOnce(static_cast<int>(std::chrono::milliseconds(StatusLine::kSentenceStays).count()));
 }
 

@@ -4,6 +4,7 @@
 #include "settings/MinutesText.h"
 #include "settings/Options.h"
 #include "settings/modRegistry.h"
+#include "toolkit/Accessibility.h"
 #include "toolkit/Screen.h"
 #include "windows/modFrmCtrl.h"
 
@@ -46,6 +47,15 @@ std::int32_t HeightOf(const OptionFrame& frame)
     return height;
 }
 
+// The window library declares the caption of a frame the label of the frame that follows.
+class FrameBox final : public wxStaticBox {
+public:
+    using wxStaticBox::wxStaticBox;
+
+protected:
+    [[nodiscard]] bool GTKWidgetNeedsMnemonic() const override { return false; }
+};
+
 wxRect InPixels(const Rectangle& place, TwipsPerPixel scale)
 {
     const Rectangle pixels = ToPixels(place, scale);
@@ -78,7 +88,7 @@ frmOptions::frmOptions(wxWindow* parent, modRegistry& registry, std::function<vo
 
 void frmOptions::AddFrame(const wxString& caption, const OptionFrame& row)
 {
-    auto* frame = new wxStaticBox(this, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, 0, row.control);
+    auto* frame = new FrameBox(this, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, 0, row.control);
     frames_.push_back({&row, frame});
     for (const Option& option : row.options) {
         switch (option.kind) {
@@ -92,6 +102,7 @@ void frmOptions::AddFrame(const wxString& caption, const OptionFrame& row)
             checkBoxes_.back().minutesOption = &option;
             checkBoxes_.back().minutes = new wxTextCtrl(
                 frame, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0, wxDefaultValidator, option.control);
+            SetAccessibleName(*checkBoxes_.back().minutes, option.caption);
             break;
         }
     }

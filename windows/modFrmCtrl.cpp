@@ -84,7 +84,7 @@ void Place(wxWindow& window, const Rectangle& twips, TwipsPerPixel scale)
 
 void SaveWindowPosition(const Form& form)
 {
-    if (!IsNormal(form.window))
+    if (!IsNormal(form.window) || !WindowsKnowTheirPlace())
         return;
     const TwipsPerPixel scale = ScreenTwipsPerPixel();
     const wxPoint position = form.window.GetPosition();

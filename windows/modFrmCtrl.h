@@ -23,7 +23,8 @@ struct Form {
     modRegistry& registry;
 };
 
-// They write nothing when the window is minimised, maximised or fills the screen.
+// They write nothing when the window is minimised, maximised or fills the screen, and no position where the
+// desktop tells none.
 void SaveWindowPosition(const Form& form);
 void SaveWindowSize(const Form& form);
 

@@ -24,6 +24,10 @@ void Click(const wxWindow& window, wxPoint place, int button = wxMOUSE_BTN_LEFT,
 // What is on the screen at a place of the window, as red, green and blue.
 [[nodiscard]] std::string ColourAt(const wxWindow& window, wxPoint place);
 
+// What assistive technology finds in a window: a line for each object that has a name, of its role, its name,
+// and its value or label where it has one.
+[[nodiscard]] std::string Told(const wxWindow& window);
+
 // Shows a window and waits until the window manager has placed and decorated it. False when it never comes to
 // rest.
 [[nodiscard]] bool ShowAndSettle(wxTopLevelWindow& window);

@@ -3,7 +3,7 @@
 #include "toolkit/WebEngine.h"
 
 #include <cstdlib>
-#include <gdk/gdk.h>
+#include <gtk/gtk.h>
 #include <iostream>
 #include <wx/app.h>
 #include <wx/evtloop.h>
@@ -25,6 +25,26 @@ public:
         return RUN_ALL_TESTS();
     }
 };
+
+void Tell(AtkObject& object, std::string& told)
+{
+    if (const char* name = atk_object_get_name(&object); name != nullptr && *name != '\0') {
+        told.append(atk_role_get_name(atk_object_get_role(&object))).append(" ").append(name);
+        double value = 0;
+        if (ATK_IS_VALUE(&object)) {
+            atk_value_get_value_and_text(ATK_VALUE(&object), &value, nullptr);
+            told += " " + std::to_string(value).substr(0, 4);
+        }
+        const Owned<AtkRelationSet, g_object_unref> relations(atk_object_ref_relation_set(&object));
+        if (atk_relation_set_contains(relations.get(), ATK_RELATION_LABELLED_BY) != FALSE)
+            told += " with a label";
+        told += "\n";
+    }
+    for (int i = 0; i < atk_object_get_n_accessible_children(&object); ++i) {
+        const Owned<AtkObject, g_object_unref> child(atk_object_ref_accessible_child(&object, i));
+        Tell(*child, told);
+    }
+}
 
 } // namespace
 
@@ -66,6 +86,13 @@ std::string ColourAt(const wxWindow& window, wxPoint place)
     const Owned<GdkPixbuf, g_object_unref> pixel(
         gdk_pixbuf_get_from_window(gdk_get_default_root_window(), at.x, at.y, 1, 1));
     return {reinterpret_cast<const char*>(gdk_pixbuf_read_pixels(pixel.get())), 3};
+}
+
+std::string Told(const wxWindow& window)
+{
+    std::string told;
+    Tell(*gtk_widget_get_accessible(window.GetHandle()), told);
+    return told;
 }
 
 bool ShowAndSettle(wxTopLevelWindow& window)
