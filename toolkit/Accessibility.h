@@ -10,7 +10,7 @@ class wxWindow;
 namespace vantro {
 
 // What screen readers and other assistive technology are told of windows that do not show it in words. The
-// window library tells them nothing itself under GTK. Nothing is built for them before one of them asks.
+// window library tells them nothing itself under GTK. Nothing is built for it before it is asked for.
 
 void SetAccessibleName(wxWindow& window, const std::string& name);
 void SetAccessibleName(wxDataViewCtrl& list, const std::string& name);
