@@ -147,7 +147,7 @@ TEST_F(MainWindowTest, LivesByKeyboardAlone)
     const std::string told = test::Told(*window);
     for (const char* line :
         {"tree table News\n", "table cell Vantro (1 New, 1 Unread, 2 Total)\n", "table cell A, new\n",
-            "table cell B, read\n", "progress bar Download of Xbins 0.00\n", "statusbar Status\n"})
+            "table cell B, read\n", "progress bar Download of Xbins 0.00\n", "statusbar 8 new items\n"})
         EXPECT_NE(told.find(line), std::string::npos) << line << told;
     EXPECT_EQ(runtime->tree.SelectedItem()->Key(), "vant2");
     EXPECT_EQ(PagesInFolder(), 0);
