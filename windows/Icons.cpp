@@ -2,6 +2,7 @@
 
 #include "base/Resources.h"
 
+#include <optional>
 #include <string>
 #include <wx/image.h>
 
@@ -9,31 +10,37 @@ namespace vantro {
 
 namespace {
 
-wxVector<wxBitmap> LoadSizes(std::string_view key)
+std::optional<wxBitmap> LoadPng(std::string_view type, const std::string& name)
 {
     if (wxImage::FindHandler(wxBITMAP_TYPE_PNG) == nullptr)
         wxImage::AddHandler(new wxPNGHandler);
-    wxVector<wxBitmap> sizes;
-    for (const char* size : {"-16", "-32"}) {
-        if (const auto png = FindResource("icons", std::string(key) + size))
-            sizes.push_back(wxBitmap::NewFromPNGData(png->data(), png->size()));
-    }
-    return sizes;
+    const auto png = FindResource(type, name);
+    if (!png)
+        return std::nullopt;
+    return wxBitmap::NewFromPNGData(png->data(), png->size());
 }
 
 } // namespace
 
 wxBitmapBundle LoadIcon(std::string_view key)
 {
-    return wxBitmapBundle::FromBitmaps(LoadSizes(key));
+    wxVector<wxBitmap> sizes;
+    for (const char* size : {"-16", "-32"}) {
+        if (const auto bitmap = LoadPng("icons", std::string(key) + size))
+            sizes.push_back(*bitmap);
+    }
+    return wxBitmapBundle::FromBitmaps(sizes);
 }
 
-wxIconBundle ProgramIcons()
+wxIconBundle ProgramIcons(int largest)
 {
     wxIconBundle icons;
-    for (const wxBitmap& bitmap : LoadSizes("vantro")) {
+    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+        const auto bitmap = size <= largest ? LoadPng("program", std::to_string(size)) : std::nullopt;
+        if (!bitmap)
+            continue;
         wxIcon icon;
-        icon.CopyFromBitmap(bitmap);
+        icon.CopyFromBitmap(*bitmap);
         icons.AddIcon(icon);
     }
     return icons;
