@@ -102,6 +102,7 @@ TEST_F(MainWindowTest, StartsInTheMiddleWithABranchForEachSiteAndLaysItselfOutAt
 {
     Start();
     EXPECT_EQ(window->GetTitle(), "Vantro");
+    EXPECT_EQ(window->GetIcons().GetIconCount(), 7u);
     EXPECT_EQ(window->GetStatusBar()->GetStatusText(), "Press F5 to fetch the news.");
     EXPECT_EQ(runtime->tree.SelectedItem(), runtime->tree.Find("VANTRO"));
     EXPECT_EQ(Caption("XBOXSCENE"), "Xbox-Scene (0 New, 0 Unread, 0 Total)");

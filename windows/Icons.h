@@ -10,7 +10,7 @@ namespace vantro {
 // when there is none of that key.
 [[nodiscard]] wxBitmapBundle LoadIcon(std::string_view key);
 
-// The program's own, for window frames.
-[[nodiscard]] wxIconBundle ProgramIcons();
+// The program's own for window frames, in all its sizes (16 to 256 pixels) that are no larger than that.
+[[nodiscard]] wxIconBundle ProgramIcons(int largest);
 
 } // namespace vantro

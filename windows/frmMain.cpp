@@ -36,6 +36,7 @@ namespace vantro {
 namespace {
 
 constexpr std::size_t kLongestMessage = 300; // characters in the status bar
+constexpr int kFirstIcon = 32, kLargestIcon = 256; // pixels
 
 // Only what is in it takes the focus.
 class Holder final : public wxPanel {
@@ -69,7 +70,7 @@ frmMain::frmMain(Runtime& runtime)
 {
     webPlace_->SetBackgroundColour(*wxWHITE);
     webPlace_->SetSizer(new wxBoxSizer(wxVERTICAL));
-    SetIcons(ProgramIcons());
+    SetIcons(ProgramIcons(kFirstIcon)); // the larger ones would hold the window up
     CreateStatusBar(1, wxSTB_DEFAULT_STYLE, wxID_ANY, "sBar");
     TellAsStatusBar(*GetStatusBar(), "");
     SetStatusBarPane(-1); // menus would put their help, which they do not have, over what stands there
@@ -254,6 +255,7 @@ void frmMain::LoadPages()
             LoadStoredItems(Services());
             RefreshAllSiteCounts(Services());
         }});
+    SetIcons(ProgramIcons(kLargestIcon));
 }
 
 void frmMain::LoadBrowser()
