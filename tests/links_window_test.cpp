@@ -68,7 +68,7 @@ TEST_F(PagesWindowTest, AClickedLinkAlwaysDoesSomething)
         EXPECT_EQ(pageSays_, "") << "what was said of the page before no longer holds";
         outside_.clear();
         outsideStarts_ = c.outsideStarts;
-        Click(400, 40, c.button, c.key);
+        ClickLink(400, 40, c.button, c.key);
         const bool goes = !c.answer.empty() || c.path == "/late" || c.says.starts_with("127.0.0.1");
         EXPECT_TRUE(PumpUntil([&] {
             return (c.answer.empty() || server_.Hits(c.path) > 0) && outside_.empty() != c.opensOutside
@@ -116,7 +116,7 @@ TEST_F(PagesWindowTest, ALinkOfADescriptionIsRelativeToThatOfItsItem)
         "<a href='#z'>x</a><div style='height:3000px'></div><div id=z "
         "style='height:3000px;background:lime'></div>");
     Show(modVANTRO);
-    Click(400, 140);
+    ClickLink(400, 140);
     EXPECT_TRUE(PumpUntil([this] { return ColourAt(400, 400) == std::string("\x00\xff\x00", 3); }));
     EXPECT_TRUE(went_.back().ends_with("/a/b.html?q#z")) << went_.back();
     EXPECT_TRUE(outside_.empty());
@@ -187,7 +187,7 @@ TEST_F(PagesWindowTest, CookiesAreForPagesThatAreFollowedOnly)
         EXPECT_TRUE(PumpUntil([&] { return server_.Hits("/picture") == times; }));
         EXPECT_EQ(server_.Requests().find("Cookie:"), std::string::npos);
     }
-    Click(400, 40);
+    ClickLink(400, 40);
     EXPECT_TRUE(PumpUntil([&] { return server_.Hits("/seen?a=12") == 1; })) << server_.Requests();
 }
 

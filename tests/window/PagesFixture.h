@@ -46,6 +46,11 @@ protected:
         display_.emplace(*browser_, Services(), run_);
         engine_ = WEBKIT_WEB_VIEW(browser_->Window()->GetHandle());
         g_signal_connect(engine_, "decide-policy", G_CALLBACK(OnAllowed), &went_);
+        g_signal_connect(engine_, "mouse-target-changed",
+            G_CALLBACK(+[](WebKitWebView*, WebKitHitTestResult* under, guint, bool* isOnLink) {
+                *isOnLink = webkit_hit_test_result_context_is_link(under) != FALSE;
+            }),
+            &isOnLink_);
         ASSERT_TRUE(ShowAndSettle(*frame_));
     }
     void Close()
@@ -83,6 +88,16 @@ protected:
     {
         test::Click(*browser_->Window(), {x, y}, button, key);
     }
+    // Waits until the page is so far that there is a link.
+    void ClickLink(int x, int y, int button = wxMOUSE_BTN_LEFT, int key = 0)
+    {
+        isOnLink_ = false;
+        EXPECT_TRUE(PumpUntil([&, i = 0]() mutable {
+            wxUIActionSimulator().MouseMove(browser_->Window()->ClientToScreen(wxPoint(x + ++i % 2, y)));
+            return isOnLink_;
+        }));
+        Click(x, y, button, key);
+    }
     [[nodiscard]] std::string ColourAt(int x, int y) const
     {
         return test::ColourAt(*browser_->Window(), {x, y});
@@ -105,6 +120,7 @@ protected:
     WebKitWebView* engine_ = nullptr;
     Titles went_; // where pages and frames were let go, since the last Begin()
     Titles outside_;
+    bool isOnLink_ = false; // the mouse
     bool outsideStarts_ = true;
     std::string pageSays_; // of the page shown
     int begun_ = 0;
