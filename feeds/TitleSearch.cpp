@@ -28,7 +28,7 @@ std::vector<NewsNode*> NodesAfter(const NewsTree& tree, const NewsNode* from, bo
                 nodes.push_back(item.get());
     }
     if (const auto found = std::ranges::find(nodes, from); found != nodes.end())
-        std::ranges::rotate(nodes, found + 1);
+        std::rotate(nodes.begin(), found + 1, nodes.end());
     return nodes;
 }
 

@@ -6,6 +6,7 @@
 #include "settings/Options.h"
 #include "settings/modRegistry.h"
 
+#include <iterator>
 #include <utility>
 
 namespace vantro {
@@ -26,12 +27,12 @@ std::string ErrorKind(std::int32_t e)
     return {};
 }
 
-std::string CheckText(std::size_t sites)
+std::string CheckText(std::int64_t sites)
 {
     return "Checking " + CountText(sites, "site");
 }
 
-std::string ResultText(std::size_t newItems, std::size_t failedSites)
+std::string ResultText(std::int64_t newItems, std::int64_t failedSites)
 {
     const std::string found = (newItems == 0 ? "No new items" : CountText(newItems, "new item"));
     return failedSites == 0 ? found : found + "; " + CountText(failedSites, "site") + " could not be read";
@@ -65,7 +66,7 @@ void RefreshCycle::StartFeedDownloads()
     }
     for (const Feed& feed : feeds_)
         awaited_.insert(feed.site);
-    outlets_.showCheck(CheckText(awaited_.size()));
+    outlets_.showCheck(CheckText(std::ssize(awaited_)));
     for (const Feed& feed : feeds_) {
         feed.control->SetFileURL(feed.url);
         feed.control->SetSaveFilePath(folder_.string());
@@ -114,7 +115,7 @@ void RefreshCycle::DLComplete(const Feed& feed)
 {
     const std::filesystem::path file = feed.control->SaveFileName();
     if (FileExists(file))
-        newItems_ += MergeFeed(*feed.site, services_, file);
+        newItems_ += static_cast<std::int64_t>(MergeFeed(*feed.site, services_, file));
     else
         ++failed_;
     FeedEnded(feed);
@@ -125,7 +126,7 @@ void RefreshCycle::FeedEnded(const Feed& feed)
     if (awaited_.erase(feed.site) == 0)
         return;
     if (!awaited_.empty()) {
-        outlets_.showCheck(CheckText(awaited_.size()));
+        outlets_.showCheck(CheckText(std::ssize(awaited_)));
         return;
     }
     outlets_.showCountdown({}); // of the check that has just been made

@@ -6,7 +6,6 @@
 #include "feeds/SiteOperations.h"
 
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -77,8 +76,8 @@ private:
 
     // Of the check under way, or the last one.
     std::set<const Site*> awaited_;
-    std::size_t newItems_ = 0;
-    std::size_t failed_ = 0; // sites of which no list came
+    std::int64_t newItems_ = 0;
+    std::int64_t failed_ = 0; // sites of which no list came
 };
 
 } // namespace vantro

@@ -157,7 +157,7 @@ TEST_F(MainWindowTest, LivesByKeyboardAlone)
     ASSERT_TRUE(PumpUntil([&] { return !list->HasFocus(); }));
     ServeAll(test::HttpText("200 OK", "<item><title>B</title></item><item><title>C</title></item>"));
     Press("F5");
-    ASSERT_TRUE(PumpUntil([this] { return runtime->tree.Find("vant2")->Text() == "C"; }));
+    ASSERT_TRUE(PumpUntil([] { return runtime->tree.Find("vant2")->Text() == "C"; }));
     Press("F6 n");
     ASSERT_TRUE(PumpUntil([this] { return Caption("VANTRO") == "Vantro (0 New, 0 Unread, 2 Total)"; }));
     EXPECT_TRUE(list->HasFocus());
