@@ -172,7 +172,7 @@ private:
     NoTimer timer_;
     RefreshCycle cycle_{home_.Services(),
         [this](const Site& site) -> DownloadEngine& { return Control(site); }, Hosts(), home_.Folder(),
-        timer_, {[](int, const std::string& text) { Fail(text); }, [](auto&) {}}};
+        timer_, {[](int, const std::string& text) { Fail(text); }, [](auto&) {}, [](auto&) {}, [] {}}};
 };
 
 std::string FeedOf(const std::vector<std::string>& titles)

@@ -229,7 +229,8 @@ void Browser::SendTexts()
     if (awaited_.empty())
         Finish(LoadEnd::Complete);
     policy_.TextsBegin(awaited_);
-    FollowTextScale();
+    if (TextScale() != 1)
+        FollowTextScale();
     for (const auto& [frame, address] : page_.texts)
         native_->LoadFrame(frame, address, true);
 }
