@@ -2,6 +2,7 @@
 
 #include "base/Owned.h"
 #include "engine/DocumentWatchGtk.h"
+#include "engine/FocusedLinkGtk.h"
 #include "engine/NativeEngineGtk.h"
 #include "engine/NativeMenuGtk.h"
 #include "engine/NativeZoomGtk.h"
@@ -70,6 +71,7 @@ public:
         ConnectNavigation();
         ConnectInput();
         ConnectZoom(view_);
+        ConnectFocusedLink(view_, [this](const std::string& link) { events_.pointed(link); });
         ConnectRequests();
         ConnectDrawing();
     }

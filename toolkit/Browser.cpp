@@ -187,8 +187,10 @@ void Browser::SetSilent(bool silent)
 bool Browser::Allow(const Navigation& navigation)
 {
     const NavigationPolicy::Decision decision = policy_.Decide(navigation);
-    if (navigation.link && navigation.byUser)
+    if (navigation.link && navigation.byUser) {
         Say({});
+        settings_.point({}); // the link goes with its page
+    }
     if (navigation.redirect)
         answerLimit_.Stop(); // until the next is asked
     switch (decision.verdict) {

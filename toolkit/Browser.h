@@ -30,7 +30,8 @@ struct BrowserSettings {
     std::function<void(const std::string& sentence)> say = [](const std::string&) {};
     std::chrono::milliseconds loadLimit = kLoadLimit; // tests shorten it
     std::function<bool(const std::string& address)> openOutside = OpenInDefaultProgram;
-    // Is told the address of the link under the mouse, "" when it is under none that leads elsewhere.
+    // Is told the address of the link under the mouse or with the focus; "" when none that leads elsewhere
+    // is.
     std::function<void(const std::string& link)> point = [](const std::string&) {};
 };
 

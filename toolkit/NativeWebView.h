@@ -38,7 +38,7 @@ public:
         // A page wants the place of the whole page with its frames, which was not granted.
         std::function<void(const std::string& address)> wantsAll;
         std::function<void()> pressed; // the user pressed a mouse button or a key on a page
-        std::function<void(const std::string& link)> pointed; // the mouse is over it now; "" over none
+        std::function<void(const std::string& link)> pointed; // by the mouse or the focus; "" by none
         std::function<void(const std::string& link)> clicked; // with the first button, wherever it leads
         // The user asks for it; `link` is what the context menu was opened on, often nothing.
         std::function<void(Command, const std::string& link)> command;
