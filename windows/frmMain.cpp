@@ -78,16 +78,19 @@ frmMain::frmMain(Runtime& runtime)
     refresh_ = std::make_unique<RefreshCycle>(
         Services(), [this](const Site& site) -> DownloadEngine& { return MakeDownload(site)->Engine(); },
         runtime_.hosts, runtime_.folder.Path(), tmrDownload_,
-        RefreshCycle::Outlets{
-            [this](int strip, const std::string& text) {
-                messages_.Show({"download " + std::to_string(strip), std::string(ProductName), text});
-            },
-            [this](const std::string& text) { status_.Say("countdown", text); },
-            [this](const std::string& text) { status_.Mention("check", text); },
-            [this] {
-                if (!IsActive())
-                    RequestUserAttention(wxUSER_ATTENTION_ERROR); // the kind that lasts until it is active
-            }});
+        RefreshCycle::Outlets{.showMessage
+            =
+                [this](int strip, const std::string& text) {
+                    messages_.Show({"download " + std::to_string(strip), std::string(ProductName), text});
+                },
+            .showCountdown = [this](const std::string& text) { status_.Say("countdown", text); },
+            .showCheck = [this](const std::string& text) { status_.Mention("check", text); },
+            .newItems =
+                [this] {
+                    if (!IsActive())
+                        RequestUserAttention(
+                            wxUSER_ATTENTION_ERROR); // the kind that lasts until it is active
+                }});
     BindEvents();
 }
 
