@@ -12,7 +12,7 @@
 namespace vantro {
 
 RegistryStore::RegistryStore(const std::filesystem::path& file)
-    : file_(file), connection_(std::make_unique<Connection>(OpenStoreFile(file)))
+    : file_(file), connection_(std::make_unique<Connection>(file))
 {
 }
 
@@ -42,10 +42,12 @@ void RegistryStore::Rescue(DamagedStore damaged)
 // What the connection has open stays whole, whatever becomes of its name.
 void RegistryStore::KeepPlace()
 {
+    if (!events_.say || !IsKept())
+        return;
     int moved = 0;
     sqlite3* database = connection_->Handle();
-    if (!events_.say || !IsKept()
-        || sqlite3_file_control(database, "main", SQLITE_FCNTL_HAS_MOVED, &moved) != SQLITE_OK || moved == 0)
+    static_cast<void>(sqlite3_file_control(database, "main", SQLITE_FCNTL_HAS_MOVED, &moved));
+    if (moved == 0 && !connection_->HasLostJournal(file_))
         return;
     const std::filesystem::path made = NameOfNew(file_);
     (void)MakePrivateFolders(file_.parent_path());
@@ -57,6 +59,11 @@ void RegistryStore::KeepPlace()
         events_.say("The store was removed while the program ran, and cannot be written again.");
     else if (name->empty())
         events_.say("The store was removed while the program ran, and was written again. " + Notice());
+    else if (moved == 0)
+        events_.say(
+            "The store's journal was removed while the program ran; the store was written again. What "
+            "was left was set aside as "
+            + name->filename().string() + ". " + Notice());
     else
         events_.say("Another file had been put in the place of the store; it was set aside as "
             + name->filename().string() + ". " + Notice());
@@ -68,7 +75,7 @@ std::optional<std::filesystem::path> RegistryStore::Exchange(const std::filesyst
     sqlite3_db_config(connection_->Handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     connection_.reset();
     auto name = PutInPlace(made, file_, what);
-    connection_ = std::make_unique<Connection>(OpenStoreFile(file_));
+    connection_ = std::make_unique<Connection>(file_);
     return name;
 }
 

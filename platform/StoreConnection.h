@@ -10,10 +10,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 #include <utility>
 
 namespace vantro {
@@ -49,7 +51,23 @@ inline RegistryStore::StoredValue ValueIn(const SqliteStatement::Result& row, in
 
 // What the units of RegistryStore share: its file, its statements and where a batch stands.
 struct RegistryStore::Connection {
-    explicit Connection(OpenedStore&& opened) : store(std::move(opened)) { }
+    explicit Connection(const std::filesystem::path& file)
+        : store(OpenStoreFile(file)), journal(JournalOf(file))
+    {
+    }
+
+    // Of the file's journal the number by which the file system knows it; 0 when there is none.
+    static ino_t JournalOf(std::filesystem::path file)
+    {
+        struct stat status { };
+        return stat((file += "-wal").c_str(), &status) == 0 ? status.st_ino : 0;
+    }
+
+    // Whether what is written goes into a journal that no other program, nor a later start, finds any more.
+    [[nodiscard]] bool HasLostJournal(const std::filesystem::path& file) const
+    {
+        return journal != 0 && JournalOf(file) != journal;
+    }
 
     // The first failure in a batch decides about all of it. A lock that has been waited for in vain is not
     // waited for again until a write has succeeded: the user would sit through every single one.
@@ -179,6 +197,7 @@ struct RegistryStore::Connection {
     [[nodiscard]] sqlite3* Handle() const { return store.database.get(); }
 
     OpenedStore store;
+    ino_t journal;
     SqliteStatement findKey{Handle(), "SELECT id FROM reg_key WHERE path = ?1"};
     SqliteStatement insertKey{Handle(), "INSERT INTO reg_key(path) VALUES(?1) ON CONFLICT DO NOTHING"};
     SqliteStatement hasKey{Handle(), "SELECT 1 FROM reg_key WHERE id = ?1"};

@@ -110,10 +110,11 @@ StoreFinding Accept(sqlite3* database)
     if (finding != StoreFinding::Usable)
         return finding;
     // The cache holds a merge of 20,000 items, which else would be written and read again while it runs. The
-    // journal of it is cut back afterwards. Deleted news need no overwriting.
+    // journal of it is cut back afterwards. Deleted news need no overwriting. What is read last makes the
+    // journal's file, so that its loss can be noticed from now on.
     Execute(database,
         "PRAGMA synchronous=FULL; PRAGMA mmap_size=0; PRAGMA secure_delete=OFF; PRAGMA cache_size=-262144;"
-        "PRAGMA journal_mode=WAL; PRAGMA journal_size_limit=4194304");
+        "PRAGMA journal_mode=WAL; PRAGMA journal_size_limit=4194304; PRAGMA user_version");
     sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
     return finding;
 }

@@ -241,6 +241,8 @@ TEST_F(RegistryStoreTest, AStoreThatIsRemovedRenamedOrReplacedIsWrittenAgain)
         {"removed", [&] { fs::remove(file_); }, "The store was removed while"},
         {"with its folder", [&] { fs::remove_all(folder); }, "The store was removed while"},
         {"renamed", [&] { fs::rename(file_, folder / "mine"); }, "The store was removed while"},
+        {"its journal removed", [&] { fs::remove(file_.string() + "-wal"); },
+            "The store's journal was removed while"},
         {"replaced",
             [&] {
                 fs::rename(file_, folder / "mine");
