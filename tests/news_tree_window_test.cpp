@@ -71,6 +71,7 @@ TEST_F(NewsTreeViewTest, ArrowAndDoubleClickOpenABranchWithoutAClickOnItsItems)
     tree.Select(tree.Find("xbin2"));
     Rest();
     const wxRect row = Row("XBINS");
+    EXPECT_EQ(ColourAt(*view, {row.x - 8, row.y + row.height / 2}), std::string(3, 0)) << "not the theme's";
     for (const bool expanded : {false, true}) {
         Click(*view, {row.x - 8, row.y + row.height / 2});
         EXPECT_EQ(Root("XBINS").Expanded(), expanded);

@@ -22,6 +22,8 @@ Path PathOf(const ListRow& row)
                           : gtk_tree_path_new_from_indices(row.root, -1));
 }
 
+using Provider = Owned<GtkCssProvider, g_object_unref>;
+
 // Where the row begins in the whole list, scrolled out or not.
 int TopOf(GtkTreeView* tree, GtkTreePath* path)
 {
@@ -42,6 +44,14 @@ void ShowScrollBars(wxDataViewCtrl& list)
 void SwitchOffSearch(wxDataViewCtrl& list)
 {
     gtk_tree_view_set_enable_search(TreeOf(list), FALSE);
+}
+
+void DrawArrowsBlack(wxDataViewCtrl& list)
+{
+    const Provider style(gtk_css_provider_new());
+    gtk_css_provider_load_from_data(style.get(), ".expander:not(:selected) { color: black; }", -1, nullptr);
+    gtk_style_context_add_provider(gtk_widget_get_style_context(GTK_WIDGET(TreeOf(list))),
+        GTK_STYLE_PROVIDER(style.get()), GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 }
 
 int HiddenPartOfTopRow(wxDataViewCtrl& list)

@@ -159,6 +159,7 @@ NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks,
     SetExpanderColumn(column);
     SetFont(GetFont().Scaled(kFontScale));
     ShowScrollBars(*this);
+    DrawArrowsBlack(*this);
     SwitchOffSearch(*this);
     BindEvents();
     tree_.Attach(this);
