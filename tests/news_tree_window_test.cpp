@@ -1,3 +1,4 @@
+#include "base/Owned.h"
 #include "tests/window/WindowTest.h"
 #include "windows/NewsTreeView.h"
 
@@ -71,6 +72,7 @@ TEST_F(NewsTreeViewTest, ArrowAndDoubleClickOpenABranchWithoutAClickOnItsItems)
     tree.Select(tree.Find("xbin2"));
     Rest();
     const wxRect row = Row("XBINS");
+    EXPECT_EQ(ColourAt(*view, {row.x - 8, row.y + row.height / 2}), std::string(3, 0)) << "not the theme's";
     for (const bool expanded : {false, true}) {
         Click(*view, {row.x - 8, row.y + row.height / 2});
         EXPECT_EQ(Root("XBINS").Expanded(), expanded);
@@ -108,6 +110,29 @@ TEST_F(NewsTreeViewTest, KeepsItsPlaceThroughMerges)
         Rest();
         EXPECT_EQ(gtk_adjustment_get_value(scroll), place);
     }
+}
+
+TEST_F(NewsTreeViewTest, ScrollsSidewaysAndTellsACaptionWholeOnlyWhileItIsTooLong)
+{
+    GtkWidget* bar = gtk_scrolled_window_get_hscrollbar(GTK_SCROLLED_WINDOW(view->GetHandle()));
+    const Owned<GtkTooltip, g_object_unref> tip(GTK_TOOLTIP(g_object_new(GTK_TYPE_TOOLTIP, nullptr)));
+    const auto seen = [&](const char* key) {
+        Rest();
+        gboolean told = FALSE;
+        g_signal_emit_by_name(
+            view->GtkGetTreeView(), "query-tooltip", Row(key).x, Row(key).y + 5, FALSE, tip.get(), &told);
+        return std::string(gtk_widget_get_mapped(bar) != FALSE ? "bar " : "") + (told != FALSE ? "told" : "");
+    };
+    tree.SetExpanded(Root("XBINS"), true);
+    tree.SetCaption(*tree.Find("xbin2"), std::string(40, 'w'), true);
+    EXPECT_EQ(seen("xbin2"), "bar told");
+    EXPECT_EQ(seen("xbin1"), "bar ");
+    tree.SetExpanded(Root("XBINS"), false);
+    EXPECT_EQ(seen("XBINS"), "");
+    tree.SetExpanded(Root("XBINS"), true);
+    EXPECT_EQ(seen("xbin2"), "bar told");
+    Merge("XBINS", 1, 40);
+    EXPECT_EQ(seen("xbin2"), "");
 }
 
 TEST_F(NewsTreeViewTest, KeysAndRightClicksKeepFocusAndSelectionTogether)

@@ -14,6 +14,18 @@ void ShowScrollBars(wxDataViewCtrl& list);
 // The toolkit's own search by letters would take the focus, and leave the list without a selection.
 void SwitchOffSearch(wxDataViewCtrl& list);
 
+// The arrows of branches are black but on the selected row, whatever the theme: for branches with a light
+// background, of which it does not know.
+void DrawArrowsBlack(wxDataViewCtrl& list);
+
+// The list of one column becomes as wide as its widest row again, which takes a moment. Of itself it only
+// grows.
+void FitWidth(wxDataViewCtrl& list);
+
+// Shows the text of a row in a tooltip where a part of it is out of sight to the left or right. The list has
+// one column.
+void ShowCutTextsInTooltips(wxDataViewCtrl& list);
+
 // A row by its place: a root, or one of a root's children.
 struct ListRow {
     int root = 0;

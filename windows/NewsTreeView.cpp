@@ -159,6 +159,8 @@ NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks,
     SetExpanderColumn(column);
     SetFont(GetFont().Scaled(kFontScale));
     ShowScrollBars(*this);
+    DrawArrowsBlack(*this);
+    ShowCutTextsInTooltips(*this);
     SwitchOffSearch(*this);
     BindEvents();
     tree_.Attach(this);
@@ -190,6 +192,7 @@ void NewsTreeView::ShowAnew()
             Expand(ItemOf(root.get()));
     }
     ShowSelection();
+    FitWidth(*this);
     if (place_)
         ScrollTo(*this, PlaceNow());
 }
@@ -245,17 +248,24 @@ void NewsTreeView::FollowTextScale()
 void NewsTreeView::NodeChanged(const NewsNode& node)
 {
     model_->ItemChanged(ItemOf(&node));
+    // That measures every row again: of a list this long, seldom shown, not for one row.
+    constexpr std::size_t kLongList = 2000;
+    if (std::ranges::none_of(tree_.Roots(),
+            [](const auto& root) { return root->Expanded() && root->Children().size() > kLongList; }))
+        FitWidth(*this);
 }
 
 void NewsTreeView::ExpandedChanged(const NewsNode& node)
 {
-    if (showing_)
-        return;
-    const Showing showing(showing_);
-    if (node.Expanded())
-        Expand(ItemOf(&node));
-    else
-        Collapse(ItemOf(&node));
+    if (!showing_) {
+        const Showing showing(showing_);
+        if (node.Expanded())
+            Expand(ItemOf(&node));
+        else
+            Collapse(ItemOf(&node));
+    }
+    if (!node.Expanded())
+        FitWidth(*this);
 }
 
 void NewsTreeView::SelectionChanged()
@@ -314,7 +324,6 @@ void NewsTreeView::BindEvents()
     };
     Bind(wxEVT_MOUSEWHEEL, moves);
     Bind(wxEVT_KEY_DOWN, moves);
-    Bind(wxEVT_MOTION, &NewsTreeView::OnMotion, this);
 }
 
 void NewsTreeView::OnLeftUp(wxMouseEvent& event)
@@ -347,24 +356,10 @@ bool NewsTreeView::IsOnRow(const wxPoint& position) const
 
 void NewsTreeView::ShowPopup(wxMenu& menu)
 {
-    UnsetToolTip(); // one that is about to show would lie over the menu
     if (byKey_)
         OpenPopupAt(menu, *this, GetItemRect(GetSelection(), GetColumn(0)));
     else
         OpenPopup(menu, *this);
-}
-
-// Shows the whole text of the row under the pointer, which the narrow tree cuts.
-void NewsTreeView::OnMotion(wxMouseEvent& event)
-{
-    event.Skip();
-    wxDataViewItem item;
-    wxDataViewColumn* column = nullptr;
-    HitTest(event.GetPosition(), item, column);
-    const wxString text
-        = item.IsOk() ? wxString::FromUTF8(OneLine(NodeOf(item)->Text(), kLongestText)) : wxString();
-    if (text != GetToolTipText())
-        SetToolTip(text);
 }
 
 void NewsTreeView::Click(std::int16_t button)

@@ -52,7 +52,6 @@ private:
 
     void BindEvents();
     void ShowAnew();
-    void OnMotion(wxMouseEvent& event);
     void Click(std::int16_t button);
     void KeepPlace();
     [[nodiscard]] ListRow PlaceNow() const;
