@@ -1,22 +1,21 @@
 #include "base/Amounts.h"
 
-namespace vantro {
+#include "base/Words.h"
 
-std::string CountText(std::int64_t count, std::string_view thing)
-{
-    return std::to_string(count) + " " + std::string(thing) + (count == 1 ? "" : "s");
-}
+namespace vantro {
 
 std::string SizeText(std::int64_t bytes)
 {
     constexpr std::int64_t kMiB = 1024LL * 1024;
-    return bytes % kMiB == 0 ? std::to_string(bytes / kMiB) + " MiB" : CountText(bytes, "byte");
+    return bytes % kMiB == 0 ? Words("%1 MiB", {std::to_string(bytes / kMiB)})
+                             : CountedWords("%1 byte", "%1 bytes", bytes);
 }
 
 std::string TimeText(std::chrono::seconds time)
 {
     const auto count = time.count();
-    return count % 60 == 0 ? CountText(count / 60, "minute") : CountText(count, "second");
+    return count % 60 == 0 ? CountedWords("%1 minute", "%1 minutes", count / 60)
+                           : CountedWords("%1 second", "%1 seconds", count);
 }
 
 } // namespace vantro

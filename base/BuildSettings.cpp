@@ -11,6 +11,6 @@ constexpr auto kHosts = std::to_array<BuildHost>({VANTRO_HOSTS{}});
 } // namespace
 
 constinit const BuildSettings kBuildSettings{
-    VANTRO_VERSION_MAJOR, VANTRO_VERSION_MINOR, VANTRO_VERSION_REVISION, kHosts};
+    VANTRO_VERSION_MAJOR, VANTRO_VERSION_MINOR, VANTRO_VERSION_REVISION, kHosts, VANTRO_LOCALE_FOLDER};
 
 } // namespace vantro

@@ -17,6 +17,7 @@ struct BuildSettings {
     int versionMinor;
     int versionRevision;
     std::span<const BuildHost> hosts; // of the sites that are not to have the address of their row
+    std::string_view localeFolder; // of installed translations, seen from the folder above the program's
 };
 
 extern const BuildSettings kBuildSettings;

@@ -1,6 +1,7 @@
 #include "engine/NativeMenuGtk.h"
 
 #include "base/Owned.h"
+#include "base/Words.h"
 
 #include <utility>
 
@@ -36,14 +37,15 @@ void FillContextMenu(WebKitContextMenu* menu, WebKitHitTestResult* under, const 
         ? webkit_hit_test_result_get_link_uri(under)
         : "";
     webkit_context_menu_remove_all(menu);
-    Append(menu, "Back", state.canGoBack, {Command::Back, {}, state.command});
-    Append(menu, "Forward", state.canGoForward, {Command::Forward, {}, state.command});
-    Append(menu, "Reload", true, {Command::Reload, {}, state.command});
+    Append(menu, Words("Back"), state.canGoBack, {Command::Back, {}, state.command});
+    Append(menu, Words("Forward"), state.canGoForward, {Command::Forward, {}, state.command});
+    Append(menu, Words("Reload"), true, {Command::Reload, {}, state.command});
     webkit_context_menu_append(menu, webkit_context_menu_item_new_separator());
     webkit_context_menu_append(
         menu, webkit_context_menu_item_new_from_stock_action(WEBKIT_CONTEXT_MENU_ACTION_COPY));
-    Append(menu, link.empty() ? "Open Page in Default Browser" : "Open Link in Default Browser", true,
-        {Command::OpenOutside, link, state.command});
+    Append(menu,
+        Words(link.empty() ? Marked("Open Page in Default Browser") : Marked("Open Link in Default Browser")),
+        true, {Command::OpenOutside, link, state.command});
 }
 
 } // namespace vantro

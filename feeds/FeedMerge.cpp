@@ -1,4 +1,5 @@
 #include "base/Amounts.h"
+#include "base/Words.h"
 #include "feeds/ItemStore.h"
 #include "feeds/MergePlan.h"
 #include "feeds/SiteOperations.h"
@@ -61,14 +62,15 @@ FeedItems TakeItems(const Site& site, std::string_view file)
     }
     const std::string name(site.displayName);
     if (items.taken.size() < count || (file.size() > kMostRead && count < kMostItems)) {
-        items.notice = name + " sent too much text; its last items were left out.";
+        items.notice = Words("%1 sent too much text; its last items were left out.", {name});
     } else if (rows.size() / width > count) {
         const std::string most = std::to_string(kMostItems);
-        items.notice = name + " sent more than " + most + " items; the first " + most + " were taken.";
+        items.notice = Words("%1 sent more than %2 items; the first %2 were taken.", {name, most});
     }
     if (isCut)
-        items.notice += (items.notice.empty() ? "" : " ") + name + " sent a text of more than "
-            + SizeText(kLongestText) + "; its beginning was taken.";
+        items.notice += std::string(items.notice.empty() ? "" : " ")
+            + Words(
+                "%1 sent a text of more than %2; its beginning was taken.", {name, SizeText(kLongestText)});
     return items;
 }
 
@@ -79,7 +81,7 @@ std::optional<FeedItems> ReadItems(
     if (const std::optional<std::string> text = ReadWholeFile(file, kMostRead + 1))
         return TakeItems(site, *text);
     services.say(
-        site.identifier, "The downloaded news list of " + std::string(site.displayName) + " cannot be read.");
+        site.identifier, Words("The downloaded news list of %1 cannot be read.", {site.displayName}));
     return std::nullopt;
 }
 
@@ -128,7 +130,7 @@ std::optional<std::size_t> Merge(
         return 0;
     if (failure) {
         services.say(site.identifier,
-            "The news list of " + std::string(site.displayName) + " could not be stored: " + *failure);
+            Words("The news list of %1 could not be stored: %2", {site.displayName, *failure}));
         return std::nullopt;
     }
     const std::size_t newItems = plan.newItems;

@@ -3,6 +3,7 @@
 #include "base/AsciiText.h"
 #include "base/Owned.h"
 #include "base/TextCoding.h"
+#include "base/Words.h"
 #include "feeds/Sites.h"
 #include "platform/Files.h"
 
@@ -16,12 +17,17 @@ namespace vantro {
 namespace {
 
 constexpr std::size_t kLongestInNotice = 40; // characters of an address
-constexpr std::string_view kUnreadable = "vantro.ini cannot be read, the built-in addresses are used: ";
 
-// What keeps a path from being added to it; empty when nothing does.
-std::string_view FaultOf(const std::string& address)
+std::string Unreadable(const std::string& reason)
 {
-    constexpr std::string_view kNoAddress = "is no http address";
+    return Words("vantro.ini cannot be read, the built-in addresses are used: %1", {reason});
+}
+
+// What keeps a path from being added to it, as a sentence about a key "%1" and its value "%2"; null when
+// nothing does.
+const char* FaultOf(const std::string& address)
+{
+    constexpr const char* kNoAddress = Marked("%1 (\"%2\") is no http address");
     const Owned<gchar, g_free> scheme(g_uri_parse_scheme(address.c_str()));
     if (!scheme || (!IsSameIgnoringCase(scheme.get(), "http") && !IsSameIgnoringCase(scheme.get(), "https")))
         return kNoAddress;
@@ -30,7 +36,7 @@ std::string_view FaultOf(const std::string& address)
     if (host == nullptr || *host == '\0')
         return kNoAddress;
     const bool endsThere = g_uri_get_query(uri.get()) != nullptr || g_uri_get_fragment(uri.get()) != nullptr;
-    return endsThere ? "has a query or a fragment" : "";
+    return endsThere ? Marked("%1 (\"%2\") has a query or a fragment") : nullptr;
 }
 
 // Takes the address of the key over where it can be used; else what is wrong with it.
@@ -42,14 +48,13 @@ std::string Take(GKeyFile* ini, const std::string& key, std::string& address)
     if (!value)
         return g_error_matches(raw, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_UNKNOWN_ENCODING)
                 || g_error_matches(raw, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_INVALID_VALUE)
-            ? "cannot be read"
+            ? Words("%1 cannot be read", {key})
             : "";
     std::string given(Trim(value.get()));
     while (given.ends_with('/'))
         given.pop_back();
-    const std::string_view fault = FaultOf(given);
-    if (!fault.empty())
-        return "(\"" + OneLine(given, kLongestInNotice) + "\") " + std::string(fault);
+    if (const char* fault = FaultOf(given))
+        return Words(fault, {key, OneLine(given, kLongestInNotice)});
     address = given;
     return {};
 }
@@ -64,8 +69,7 @@ FeedHosts ReadHostsFile(const std::filesystem::path& file)
     const auto text = ReadWholeFile(file);
     if (!text) {
         if (const int error = errno; error != ENOENT)
-            hosts.notice = std::string(kUnreadable)
-                + (error == EINVAL ? "It is no file." : DescribeError(error) + ".");
+            hosts.notice = Unreadable(error == EINVAL ? Words("It is no file.") : DescribeError(error) + ".");
         return hosts;
     }
     const Owned<GKeyFile, g_key_file_free> ini(g_key_file_new());
@@ -73,17 +77,17 @@ FeedHosts ReadHostsFile(const std::filesystem::path& file)
     g_key_file_load_from_data(ini.get(), text->data(), text->size(), G_KEY_FILE_NONE, &raw);
     const Owned<GError, g_error_free> error(raw);
     if (error) {
-        hosts.notice = std::string(kUnreadable) + OneLine(DecodeFeedText(error->message), 120);
+        hosts.notice = Unreadable(OneLine(DecodeFeedText(error->message), 120));
         return hosts;
     }
     std::string faults;
     for (const Site* site : Sites()) {
         const std::string key(site->identifier);
         if (const std::string fault = Take(ini.get(), key, hosts.addresses[site]); !fault.empty())
-            faults.append(faults.empty() ? "" : ", ").append(key).append(" ").append(fault);
+            faults.append(faults.empty() ? "" : ", ").append(fault);
     }
     if (!faults.empty())
-        hosts.notice = "vantro.ini: " + faults + "; the built-in address is used.";
+        hosts.notice = Words("vantro.ini: %1; the built-in address is used.", {faults});
     return hosts;
 }
 

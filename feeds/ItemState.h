@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Words.h"
+
 #include <string>
 #include <string_view>
 
@@ -23,12 +25,12 @@ enum class TreeImage { Vantro, XboxScene, Site, ItemUnread, ItemRead, New };
 }
 
 // What an item's picture tells, in a word; null for that of a site.
-[[nodiscard]] constexpr const char* StateWord(TreeImage image)
+[[nodiscard]] inline const char* StateWord(TreeImage image)
 {
     switch (image) {
-    case TreeImage::ItemUnread: return "unread";
-    case TreeImage::ItemRead: return "read";
-    case TreeImage::New: return "new";
+    case TreeImage::ItemUnread: return Words("unread");
+    case TreeImage::ItemRead: return Words("read");
+    case TreeImage::New: return Words("new");
     case TreeImage::Vantro:
     case TreeImage::XboxScene:
     case TreeImage::Site: break;

@@ -3,6 +3,7 @@
 #include "base/Amounts.h"
 #include "base/AsciiText.h"
 #include "base/Resources.h"
+#include "base/Words.h"
 #include "base/modMain.h"
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
@@ -62,7 +63,8 @@ void PageDisplay::BrowserLost(Clock::time_point now)
     triedAt_ = now;
     if (triesInARow_ > kTries) {
         DeleteFiles();
-        services_.say(kSubject, "The page cannot be shown: the browser engine stopped again and again.");
+        services_.say(
+            kSubject, Words("The page cannot be shown: the browser engine stopped again and again."));
         End();
         return;
     }
@@ -163,8 +165,7 @@ bool PageDisplay::WriteFiles(const Values& values)
         const auto source = FindResource(page.resourceType, filled.name);
         if (!source) {
             error = FileError{ENOENT,
-                "The page part " + std::string(page.resourceType) + " " + std::string(filled.name)
-                    + " is missing from the program."};
+                Words("The page part %1 %2 is missing from the program.", {page.resourceType, filled.name})};
             break;
         }
         std::string text(*source);
@@ -173,7 +174,7 @@ bool PageDisplay::WriteFiles(const Values& values)
         error = WriteTextFile(folder_ / filled.file, text);
     }
     if (error)
-        services_.say(kSubject, "The page cannot be shown. " + error->sentence);
+        services_.say(kSubject, Words("The page cannot be shown. %1", {error->sentence}));
     return !error;
 }
 
@@ -201,10 +202,10 @@ void PageDisplay::FilesLoaded(PageBrowser::LoadEnd end)
             browser_.NavigateFrame(autoLink_, kMainFrame);
         break;
     case PageBrowser::LoadEnd::Failed:
-        services_.say(kSubject, "The page cannot be shown: the browser could not load it.");
+        services_.say(kSubject, Words("The page cannot be shown: the browser could not load it."));
         break;
     case PageBrowser::LoadEnd::TimedOut:
-        services_.say(kSubject, "The page did not finish loading within " + TimeText(kLoadLimit) + ".");
+        services_.say(kSubject, Words("The page did not finish loading within %1.", {TimeText(kLoadLimit)}));
         break;
     }
     End();

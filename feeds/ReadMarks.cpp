@@ -1,5 +1,6 @@
 #include "feeds/ReadMarks.h"
 
+#include "base/Words.h"
 #include "feeds/ItemStore.h"
 #include "feeds/ItemTag.h"
 #include "feeds/SiteOperations.h"
@@ -19,7 +20,7 @@ void Mark(const FeedServices& services, NewsNode& node, ItemState state)
     if (const Site* site = FindSite(node.Key())) {
         if (const auto failure = services.registry.StoreTogether(
                 [&] { ItemStore(services.registry, *site).WriteTag(ItemNumber(node.Key()), state.tag); })) {
-            services.say(kSubject, "The read mark could not be stored: " + *failure);
+            services.say(kSubject, Words("The read mark could not be stored: %1", {*failure}));
             return;
         }
         services.say(kSubject, {});

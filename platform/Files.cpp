@@ -3,6 +3,7 @@
 #include "base/Owned.h"
 #include "base/Resources.h"
 #include "base/TextCoding.h"
+#include "base/Words.h"
 #include "platform/PartFile.h"
 
 #include <algorithm>
@@ -57,7 +58,7 @@ std::optional<FileError> WritePageFile(const fs::path& path, std::string_view by
     if (error == 0)
         return std::nullopt;
     return FileError{
-        error, "The file " + path.string() + " cannot be written: " + DescribeError(error) + "."};
+        error, Words("The file %1 cannot be written: %2.", {path.string(), DescribeError(error)})};
 }
 
 } // namespace
@@ -78,10 +79,9 @@ std::optional<FileError> SaveResourceToFile(
     const auto bytes = FindResource(type, name);
     if (!bytes)
         return FileError{ENOENT,
-            "The page part " + std::string(type) + " " + std::string(name) + " for " + path.string()
-                + " is missing from the program."};
+            Words("The page part %1 %2 for %3 is missing from the program.", {type, name, path.string()})};
     if (!overwrite && FileExists(path))
-        return FileError{kFileAlreadyExists, "The file " + path.string() + " already exists."};
+        return FileError{kFileAlreadyExists, Words("The file %1 already exists.", {path.string()})};
     return WritePageFile(path, *bytes);
 }
 

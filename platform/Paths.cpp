@@ -1,5 +1,6 @@
 #include "platform/Paths.h"
 
+#include "base/Words.h"
 #include "platform/PrivateFolder.h"
 
 #include <array>
@@ -122,8 +123,8 @@ RunFolder::RunFolder(const fs::path& parent) : path_(parent / kRunPrefix)
             lock_ = LockFolder(path_);
         }
     } catch (const fs::filesystem_error& error) {
-        failure_ = "The folder " + parent.string() + " cannot be used (" + error.code().message()
-            + "): pages and downloads will not work.";
+        failure_ = Words("The folder %1 cannot be used (%2): pages and downloads will not work.",
+            {parent.string(), error.code().message()});
     }
 }
 

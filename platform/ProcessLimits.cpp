@@ -1,5 +1,7 @@
 #include "platform/ProcessLimits.h"
 
+#include "base/Words.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstddef>
@@ -80,11 +82,11 @@ void RaiseFileLimit()
 std::optional<std::string> WhatIsLacking(const Room& room)
 {
     if (FileLimit().rlim_cur < static_cast<rlim_t>(room.fileLimit) || !CanOpen(room.files))
-        return "the system lets the program open too few files.";
+        return Words("the system lets the program open too few files.");
     if (!CanStart(room.threads))
-        return "the system lets the program start too few processes or threads.";
+        return Words("the system lets the program start too few processes or threads.");
     if (!CanReserve(room.addresses))
-        return "the system lets the program have too few addresses of memory.";
+        return Words("the system lets the program have too few addresses of memory.");
     return std::nullopt;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/ProxyLookup.h"
 
 #include "base/Owned.h"
+#include "base/Words.h"
 
 #include <gio/gio.h>
 #include <string_view>
@@ -51,7 +52,7 @@ ProxyAnswer AskForProxies(GProxyResolver* resolver, const std::string& origin, c
         g_proxy_resolver_lookup(resolver, origin.c_str(), cancellable.get(), &failure));
     if (!found) {
         const Owned<GError, g_error_free> owner(failure);
-        return {.failure = std::string("The desktop's proxy settings cannot be used: ") + failure->message};
+        return {.failure = Words("The desktop's proxy settings cannot be used: %1", {failure->message})};
     }
     ProxyAnswer answer;
     for (char** proxy = found.get(); *proxy; ++proxy)
@@ -86,7 +87,7 @@ void ProxyLookup::Ask(
         }
     }
     --*underWay_;
-    question->answered({.failure = "The desktop does not say which proxy server to use"});
+    question->answered({.failure = Words("The desktop does not say which proxy server to use")});
 }
 
 } // namespace vantro

@@ -1,5 +1,6 @@
 #include "platform/RegistryStore.h"
 
+#include "base/Words.h"
 #include "platform/Files.h"
 #include "platform/PrivateFolder.h"
 #include "platform/StoreCheck.h"
@@ -31,11 +32,12 @@ void RegistryStore::Rescue(DamagedStore damaged)
     const auto name
         = damaged.rescued.empty() ? std::nullopt : Exchange(damaged.rescued, Aside::FileAndItsJournals);
     if (!name) {
-        events_.say("The store is damaged, and what can be read of it cannot be written anew.");
+        events_.say(Words("The store is damaged, and what can be read of it cannot be written anew."));
         return;
     }
-    events_.say("The store was damaged and was set aside as " + name->filename().string()
-        + "; what could be read of it was kept. " + Notice());
+    events_.say(Words("The store was damaged and was set aside as %1; what could be read of it was kept.",
+                    {name->filename().string()})
+        + " " + Notice());
     events_.reread();
 }
 
@@ -56,17 +58,20 @@ void RegistryStore::KeepPlace()
         = SqliteStatement(database, "VACUUM INTO ?1").Run({made.string()}).Code() == SQLITE_DONE;
     const auto name = isCopied ? Exchange(made, Aside::FileAndStrayJournals) : std::nullopt;
     if (!name)
-        events_.say("The store was removed while the program ran, and cannot be written again.");
+        events_.say(Words("The store was removed while the program ran, and cannot be written again."));
     else if (name->empty())
-        events_.say("The store was removed while the program ran, and was written again. " + Notice());
+        events_.say(
+            Words("The store was removed while the program ran, and was written again.") + (" " + Notice()));
     else if (moved == 0)
         events_.say(
-            "The store's journal was removed while the program ran; the store was written again. What "
-            "was left was set aside as "
-            + name->filename().string() + ". " + Notice());
+            Words("The store's journal was removed while the program ran; the store was written again. What "
+                  "was left was set aside as %1.",
+                {name->filename().string()})
+            + " " + Notice());
     else
-        events_.say("Another file had been put in the place of the store; it was set aside as "
-            + name->filename().string() + ". " + Notice());
+        events_.say(Words("Another file had been put in the place of the store; it was set aside as %1.",
+                        {name->filename().string()})
+            + " " + Notice());
 }
 
 std::optional<std::filesystem::path> RegistryStore::Exchange(const std::filesystem::path& made, Aside what)

@@ -1,5 +1,6 @@
 #include "platform/StoreFile.h"
 
+#include "base/Words.h"
 #include "platform/Descriptor.h"
 #include "platform/Files.h"
 #include "platform/PrivateFolder.h"
@@ -201,19 +202,18 @@ StoreFinding MakeFile(const fs::path& file)
 // What was found where the store is to be, and what was done about it.
 struct Place {
     StoreFinding finding = StoreFinding::Usable; // in the file's place one can be opened
-    std::string before; // a sentence's beginning
-    std::string whenUsable; // its end
+    std::string before = {}; // a clause: what was set aside
+    const char* whenUsable = nullptr; // a sentence with the clause, when something was
 };
 
-Place SetAside(const fs::path& file, Aside what, const std::string& found, const char* whenUsable)
+Place SetAside(const fs::path& file, Aside what, const char* found, const char* whenUsable)
 {
     if (const auto name = SetStoreAside(file, what))
-        return {StoreFinding::Usable, found + " and was set aside as " + Utf8(name->filename()) + "; ",
-            whenUsable};
-    return {StoreFinding::Damaged, {}, {}};
+        return {StoreFinding::Usable, Words(found, {Utf8(name->filename())}), whenUsable};
+    return {StoreFinding::Damaged};
 }
 
-constexpr const char* kBegunAnew = "a new one was begun.";
+constexpr const char* kBegunAnew = Marked("%1; a new one was begun.");
 constexpr std::size_t kSmallestFile = 512; // bytes: a page
 
 // What SQLite would not notice, or not say.
@@ -224,17 +224,18 @@ Place LookAt(const fs::path& file)
     const fs::path journal = With(file, "-wal");
     if (status.type() == fs::file_type::not_found) {
         if (HasBytes(journal) || HasBytes(With(file, "-journal")))
-            return SetAside(
-                file, Aside::FileAndItsJournals, "The store was missing; its journal was there", kBegunAnew);
+            return SetAside(file, Aside::FileAndItsJournals,
+                Marked("The store was missing; its journal was there and was set aside as %1"), kBegunAnew);
         return {};
     }
     if (status.type() != fs::file_type::regular)
-        return {StoreFinding::NotWritable, {}, {}}; // to open a pipe would wait for someone at its other end
+        return {StoreFinding::NotWritable}; // to open a pipe would wait for someone at its other end
     if (fs::file_size(file, ignored) < kSmallestFile)
-        return {StoreFinding::Damaged, {}, {}};
+        return {StoreFinding::Damaged};
     if (IsJournalDamaged(journal))
-        return SetAside(file, Aside::JournalsAlone, "The store's journal was damaged",
-            "what was stored last may be missing.");
+        return SetAside(file, Aside::JournalsAlone,
+            Marked("The store's journal was damaged and was set aside as %1"),
+            Marked("%1; what was stored last may be missing."));
     return {};
 }
 
@@ -267,17 +268,18 @@ OpenedStore OpenStoreFile(const fs::path& file)
     if (place.finding == StoreFinding::Damaged || place.finding == StoreFinding::Foreign) {
         const StoreFinding found = place.finding;
         place = SetAside(file, Aside::FileAndItsJournals,
-            found == StoreFinding::Damaged ? "The store was damaged"
-                                           : "The store's file was another program's",
+            found == StoreFinding::Damaged
+                ? Marked("The store was damaged and was set aside as %1")
+                : Marked("The store's file was another program's and was set aside as %1"),
             kBegunAnew);
         place.finding = place.finding == StoreFinding::Usable ? OpenFile(file, database) : found;
     }
     if (place.finding == StoreFinding::Usable)
-        return {std::move(database), true, place.before + place.whenUsable};
-    std::string reason = ReasonNotKept(place.finding);
-    if (!place.before.empty())
-        reason.front() = 't';
-    return {OpenInMemory(file, place.finding), false, place.before + reason + ", so marks are not kept."};
+        return {std::move(database), true,
+            place.whenUsable != nullptr ? Words(place.whenUsable, {place.before}) : std::string()};
+    const std::string reason = Words("%1, so marks are not kept.", {ReasonNotKept(place.finding)});
+    return {OpenInMemory(file, place.finding), false,
+        place.before.empty() ? reason : place.before + ". " + reason};
 }
 
 fs::path NameOfNew(const fs::path& file)

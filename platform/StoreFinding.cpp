@@ -1,5 +1,7 @@
 #include "platform/StoreFinding.h"
 
+#include "base/Words.h"
+
 #include <cerrno>
 
 namespace vantro {
@@ -29,30 +31,30 @@ StoreFinding FindingOf(sqlite3* database, int code)
 std::string FailureSentence(sqlite3* database, int code)
 {
     switch (code & 0xff) {
-    case SQLITE_NOMEM: return "There is not enough memory.";
-    case SQLITE_TOOBIG: return "A text is too long to be stored.";
+    case SQLITE_NOMEM: return Words("There is not enough memory.");
+    case SQLITE_TOOBIG: return Words("A text is too long to be stored.");
     default: break;
     }
     switch (FindingOf(database, code)) {
-    case StoreFinding::Full: return "The disk is full.";
-    case StoreFinding::Busy: return "The store is held by another program.";
-    case StoreFinding::Damaged: return "The store is damaged.";
-    default: return "The store cannot be written.";
+    case StoreFinding::Full: return Words("The disk is full.");
+    case StoreFinding::Busy: return Words("The store is held by another program.");
+    case StoreFinding::Damaged: return Words("The store is damaged.");
+    default: return Words("The store cannot be written.");
     }
 }
 
 std::string ReasonNotKept(StoreFinding finding)
 {
     switch (finding) {
-    case StoreFinding::Damaged: return "The store is damaged and cannot be set aside";
-    case StoreFinding::Foreign: return "The store's file is another program's and cannot be set aside";
-    case StoreFinding::Newer: return "The store was written by a newer version of this program";
-    case StoreFinding::Busy: return "The store is held by another program";
-    case StoreFinding::Full: return "The disk is full";
+    case StoreFinding::Damaged: return Words("The store is damaged and cannot be set aside");
+    case StoreFinding::Foreign: return Words("The store's file is another program's and cannot be set aside");
+    case StoreFinding::Newer: return Words("The store was written by a newer version of this program");
+    case StoreFinding::Busy: return Words("The store is held by another program");
+    case StoreFinding::Full: return Words("The disk is full");
     case StoreFinding::NotWritable:
     case StoreFinding::Usable: break;
     }
-    return "The store cannot be written";
+    return Words("The store cannot be written");
 }
 
 } // namespace vantro

@@ -1,6 +1,7 @@
 #include "platform/Transfer.h"
 
 #include "base/Amounts.h"
+#include "base/Words.h"
 #include "platform/TransferFailure.h"
 
 #include <algorithm>
@@ -21,8 +22,8 @@ constexpr std::size_t kHeadLimit = 256UL * 1024; // bytes of header lines of one
 // Bytes a second. A server that drips a byte a second counts as silent, or its transfer would never end.
 constexpr long kSilentBelow = 10;
 constexpr long kPieceSize = 256L * 1024; // bytes taken from the network at once
-constexpr const char* kEndlessHead = "The header of the server's answer is too long";
-constexpr const char* kCutAnswer = "The connection broke off in the middle of the answer";
+constexpr const char* kEndlessHead = Marked("The header of the server's answer is too long");
+constexpr const char* kCutAnswer = Marked("The connection broke off in the middle of the answer");
 
 std::int32_t Clamp32(std::int64_t bytes)
 {
@@ -252,7 +253,7 @@ void Transfer::HopEnded(CURLcode code)
     } else if (!failure.empty()) {
         Fail(failure);
     } else if (!answer_.IsComplete()) {
-        Fail(kCutAnswer); // which libcurl calls a success
+        Fail(Words(kCutAnswer)); // which libcurl calls a success
     } else {
         state_ = State::Ended;
         AsyncProperty end = Progress(ReadStatusCode::EndOfData);
@@ -269,9 +270,10 @@ void Transfer::OnRedirect()
 {
     auto target = ResolveRedirect(address_, answer_.Location());
     if (!target) {
-        Fail("The server redirected to a malformed address");
+        Fail(Words("The server redirected to a malformed address"));
     } else if (++redirects_ > settings_.limits.redirects) {
-        Fail("Redirected more than " + std::to_string(settings_.limits.redirects) + " times");
+        Fail(CountedWords(
+            "Redirected more than %1 time", "Redirected more than %1 times", settings_.limits.redirects));
     } else {
         address_ = std::move(*target);
         state_ = State::AwaitsConsent;
@@ -286,7 +288,7 @@ void Transfer::Follow()
     if (std::holds_alternative<std::string>(CheckWebAddress(address_)))
         StartHop();
     else
-        Fail("Redirected to " + Shortened(address_) + ", which is neither http nor https");
+        Fail(Words("Redirected to %1, which is neither http nor https", {Shortened(address_)}));
 }
 
 void Transfer::Fail(const std::string& sentence)
@@ -308,9 +310,9 @@ void Transfer::EndIfLate()
     if (state_ == State::Ended || now < Deadline())
         return;
     if (now >= deadline_)
-        Fail("The file had not arrived after " + TimeText(settings_.limits.total));
+        Fail(Words("The file had not arrived after %1", {TimeText(settings_.limits.total)}));
     else
-        Fail("The desktop did not say in time which proxy server to use");
+        Fail(Words("The desktop did not say in time which proxy server to use"));
 }
 
 bool Transfer::HasSentRequest() const
@@ -328,20 +330,22 @@ bool Transfer::MayTryNextProxy(CURLcode code) const
 std::string Transfer::Describe(CURLcode code) const
 {
     switch (stop_) {
-    case Stop::TooLarge: return "The file is larger than the " + SizeText(settings_.limits.size) + " allowed";
-    case Stop::EndlessHead: return kEndlessHead;
-    case Stop::NoMemory: return "Not enough memory for the file";
+    case Stop::TooLarge:
+        return Words("The file is larger than the %1 allowed", {SizeText(settings_.limits.size)});
+    case Stop::EndlessHead: return Words(kEndlessHead);
+    case Stop::NoMemory: return Words("Not enough memory for the file");
     case Stop::None: break;
     }
     if (code == CURLE_OPERATION_TIMEDOUT && HasSentRequest())
-        return "The server sent almost nothing for " + TimeText(settings_.limits.silence);
+        return Words("The server sent almost nothing for %1", {TimeText(settings_.limits.silence)});
     if (code == CURLE_OUT_OF_MEMORY && HasSentRequest() && !answer_.IsComplete())
-        return kEndlessHead; // one line longer than libcurl keeps
+        return Words(kEndlessHead); // one line longer than libcurl keeps
     if (code == CURLE_GOT_NOTHING && headSize_ > 0)
-        return kCutAnswer; // there was an interim one
+        return Words(kCutAnswer); // there was an interim one
     if (code == CURLE_BAD_CONTENT_ENCODING)
-        return "The server sent the file in a coding that cannot be read"
-            + (answer_.Coding().empty() ? "" : ": " + answer_.Coding());
+        return answer_.Coding().empty()
+            ? Words("The server sent the file in a coding that cannot be read")
+            : Words("The server sent the file in a coding that cannot be read: %1", {answer_.Coding()});
     long systemError = 0;
     curl_easy_getinfo(easy_.get(), CURLINFO_OS_ERRNO, &systemError);
     if (code == CURLE_RECV_ERROR && systemError == 0 && answer_.IsComplete() && address_.starts_with("http:"))

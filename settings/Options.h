@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Twips.h"
+#include "base/Words.h"
 
 #include <cstdint>
 #include <span>
@@ -44,8 +45,8 @@ inline constexpr Option kCheckAtStartup{"Check At Startup", OptionKind::OnOff, "
     "Check for new items at start up", {240, 480, 2535, 255}};
 inline constexpr Option kCheckInterval{"Check Interval", OptionKind::OnOff, "chkCheckInterval", 4,
     "Check for new items every                minutes", {240, 720, 3495, 315}};
-inline constexpr Option kCheckIntervalMinutes{
-    "Check Interval Minutes", OptionKind::Minutes, "txtCheckInterval", 5, "Minutes between two checks"};
+inline constexpr Option kCheckIntervalMinutes{"Check Interval Minutes", OptionKind::Minutes,
+    "txtCheckInterval", 5, Marked("Minutes between two checks")};
 
 inline constexpr Option kGeneralOptions[]
     = {kAutoExpandNew, kCheckAtStartup, kCheckInterval, kCheckIntervalMinutes};

@@ -1,6 +1,7 @@
 #include "shell/RefreshCycle.h"
 
 #include "base/Amounts.h"
+#include "base/Words.h"
 #include "base/modMain.h"
 #include "platform/Files.h"
 #include "settings/Options.h"
@@ -29,13 +30,17 @@ std::string ErrorKind(std::int32_t e)
 
 std::string CheckText(std::int64_t sites)
 {
-    return "Checking " + CountText(sites, "site");
+    return CountedWords("Checking %1 site", "Checking %1 sites", sites);
 }
 
 std::string ResultText(std::int64_t newItems, std::int64_t failedSites)
 {
-    const std::string found = (newItems == 0 ? "No new items" : CountText(newItems, "new item"));
-    return failedSites == 0 ? found : found + "; " + CountText(failedSites, "site") + " could not be read";
+    std::string found
+        = newItems == 0 ? Words("No new items") : CountedWords("%1 new item", "%1 new items", newItems);
+    if (failedSites == 0)
+        return found;
+    return found + "; "
+        + CountedWords("%1 site could not be read", "%1 sites could not be read", failedSites);
 }
 
 } // namespace
@@ -96,7 +101,8 @@ void RefreshCycle::tmrDownload_Timer()
     const std::int64_t minutes = IntervalMinutes();
     const std::int64_t left = minutes - MinuteCount;
     if (left >= 1)
-        outlets_.showCountdown("Checking for new items in " + CountText(left, "minute"));
+        outlets_.showCountdown(
+            "Checking for new items in " + std::to_string(left) + (left == 1 ? " minute" : " minutes"));
 
     if (MinuteCount >= minutes) {
         StartFeedDownloads();

@@ -1,5 +1,6 @@
 #include "shell/StartUp.h"
 
+#include "base/Words.h"
 #include "feeds/SiteOperations.h"
 #include "settings/modRegistry.h"
 
@@ -12,7 +13,7 @@ void LoadStoredItems(const FeedServices& services)
         for (const Site* site : Sites())
             LoadSiteItems(*site, services);
     });
-    services.say("stored news", failure ? "Stored news could not be read: " + *failure : "");
+    services.say("stored news", failure ? Words("Stored news could not be read: %1", {*failure}) : "");
 }
 
 void RefreshAllSiteCounts(const FeedServices& services)

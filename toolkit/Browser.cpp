@@ -1,6 +1,7 @@
 #include "toolkit/Browser.h"
 
 #include "base/TextCoding.h"
+#include "base/Words.h"
 #include "platform/Files.h"
 #include "toolkit/Screen.h"
 #include "toolkit/WebEngine.h"
@@ -325,8 +326,8 @@ void Browser::OpenOutside(const std::string& address)
         return;
     CallAfter([this, address] {
         if (!settings_.openOutside(address))
-            settings_.say(IsWebAddress(address) ? "Your browser could not be started."
-                                                : "Your mail program could not be started.");
+            settings_.say(IsWebAddress(address) ? Words("Your browser could not be started.")
+                                                : Words("Your mail program could not be started."));
     });
 }
 

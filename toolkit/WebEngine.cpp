@@ -1,5 +1,6 @@
 #include "toolkit/WebEngine.h"
 
+#include "base/Words.h"
 #include "platform/Files.h"
 #include "platform/IdleCall.h"
 #include "platform/ProcessLimits.h"
@@ -40,7 +41,7 @@ constexpr Room kNeeds{64, 28, 48, std::size_t{6} << 30};
 
 std::runtime_error Failure(const std::string& reason)
 {
-    return std::runtime_error("Pages cannot be shown: " + reason);
+    return std::runtime_error(Words("Pages cannot be shown: %1", {reason}));
 }
 
 template <class Function>

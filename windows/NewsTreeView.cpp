@@ -1,6 +1,7 @@
 #include "windows/NewsTreeView.h"
 
 #include "base/TextCoding.h"
+#include "base/Words.h"
 #include "feeds/Site.h"
 #include "platform/IdleCall.h"
 #include "toolkit/Accessibility.h"
@@ -152,7 +153,7 @@ NewsTreeView::NewsTreeView(wxWindow* parent, NewsTree& tree, TreeClicks& clicks,
               std::move(say)})
 {
     AssociateModel(model_.get());
-    SetAccessibleName(*this, "News");
+    SetAccessibleName(*this, Words("News"));
     auto* column
         = new wxDataViewColumn(wxString(), new RowRenderer, 0, wxCOL_WIDTH_AUTOSIZE, wxALIGN_LEFT, 0);
     AppendColumn(column);

@@ -1,5 +1,6 @@
 #include "windows/TreeKeys.h"
 
+#include "base/Words.h"
 #include "shell/TreeClicks.h"
 
 #include <utility>
@@ -69,7 +70,8 @@ void TreeKeys::TellSearch(bool found)
         EndSearch();
         return;
     }
-    actions_.say((found ? "Looking for: " : "No title in sight holds: ") + search_.Text());
+    actions_.say(
+        Words(found ? Marked("Looking for: %1") : Marked("No title in sight holds: %1"), {search_.Text()}));
     pause_.StartOnce(kPause);
 }
 
@@ -84,7 +86,7 @@ void TreeKeys::ShowNextUnread()
 {
     NewsNode* next = NextUnread(tree_);
     if (next == nullptr) {
-        actions_.say("There is no unread item.");
+        actions_.say(Words("There is no unread item."));
         pause_.StartOnce(kPause);
         return;
     }

@@ -1,6 +1,7 @@
 #include "windows/VantroApp.h"
 
 #include "platform/IdleCall.h"
+#include "platform/Language.h"
 #include "platform/ProcessLimits.h"
 #include "toolkit/Fonts.h"
 #include "toolkit/WebEngine.h"
@@ -14,6 +15,7 @@ namespace vantro {
 bool VantroApp::Initialize(int& count, wxChar** arguments)
 {
     MendFolderVariables();
+    UseLanguageOfUser();
     RaiseFileLimit();
     EngineEnvironment();
     const bool initialized = wxApp::Initialize(count, arguments);

@@ -1,6 +1,7 @@
 #include "windows/frmMain.h"
 
 #include "base/TextCoding.h"
+#include "base/Words.h"
 #include "base/modMain.h"
 #include "downloader/SavedForm.h"
 #include "feeds/InformationPages.h"
@@ -107,7 +108,7 @@ bkDLControl* frmMain::MakeDownload(const Site& site)
     auto* control = new bkDLControl(parent, runtime_.reader, runtime_.pump);
     control->Show(site.strip.has_value());
     control->SetName(wxString::FromUTF8(name));
-    SetAccessibleName(*control, "Download of " + std::string(site.displayName));
+    SetAccessibleName(*control, Words("Download of %1", {site.displayName}));
     control->ReadProperties(SavedProperties("frmMain", name));
     control->ShowStartFailure
         = [this, subject = "start of " + name](const std::string& title, const std::string& text) {
@@ -240,7 +241,7 @@ void frmMain::LoadPages()
     LoadBrowser();
     LoadStoredItems(Services());
     if (std::ranges::all_of(runtime_.tree.Roots(), [](const auto& root) { return root->Children().empty(); }))
-        status_.Mention("check", "Press F5 to fetch the news.");
+        status_.Mention("check", Words("Press F5 to fetch the news."));
     if (web_)
         web_->SetSilent(true);
     Update(); // the window paints before the network starts
@@ -273,7 +274,8 @@ void frmMain::LoadBrowser()
         return;
     }
     if (!EngineHasSandbox())
-        status_.AddNotice("Pages are shown without the browser engine's sandbox, which does not work here.");
+        status_.AddNotice(
+            Words("Pages are shown without the browser engine's sandbox, which does not work here."));
     webPlace_->GetSizer()->Add(web_->Window(), 1, wxEXPAND);
     webPlace_->Layout();
     display_ = std::make_unique<PageDisplay>(*web_, Services(), runtime_.folder.Path());
@@ -289,7 +291,7 @@ void frmMain::Form_Unload()
             SaveWindowPosition(ThisForm());
             SaveWindowSize(ThisForm());
         }))
-        status_.Say("place", "The place of the window could not be stored: " + *failure);
+        status_.Say("place", Words("The place of the window could not be stored: %1", {*failure}));
     if (options_)
         options_->Close(true);
     tmrDownload_.Stop();

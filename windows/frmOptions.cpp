@@ -1,5 +1,6 @@
 #include "windows/frmOptions.h"
 
+#include "base/Words.h"
 #include "feeds/Sites.h"
 #include "settings/MinutesText.h"
 #include "settings/Options.h"
@@ -21,7 +22,7 @@ namespace vantro {
 namespace {
 
 constexpr std::string_view kFormName = "frmOptions";
-constexpr const char* kSettings = "The settings"; // that could not be stored
+constexpr const char* kSettings = Marked("The settings could not be stored: %1");
 
 // Twips.
 constexpr std::int32_t kWidth = 4590;
@@ -102,7 +103,7 @@ void frmOptions::AddFrame(const wxString& caption, const OptionFrame& row)
             checkBoxes_.back().minutesOption = &option;
             checkBoxes_.back().minutes = new wxTextCtrl(
                 frame, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0, wxDefaultValidator, option.control);
-            SetAccessibleName(*checkBoxes_.back().minutes, option.caption);
+            SetAccessibleName(*checkBoxes_.back().minutes, Words(option.caption));
             break;
         }
     }
@@ -207,10 +208,10 @@ void frmOptions::FillMinutesBox(const CheckBox& row)
         MinutesBox_Change(row);
 }
 
-bool frmOptions::Store(const char* what, const std::function<void()>& writes)
+bool frmOptions::Store(const char* failed, const std::function<void()>& writes)
 {
     const auto failure = registry_.StoreTogether(writes);
-    say_(what, failure ? std::string(what) + " could not be stored: " + *failure : "");
+    say_(failed, failure ? Words(failed, {*failure}) : "");
     return !failure;
 }
 
@@ -240,7 +241,9 @@ void frmOptions::MinutesBox_Change(const CheckBox& row)
 
 void frmOptions::OnClose(wxCloseEvent&)
 {
-    Store("The place of the options", [this] { SaveWindowPosition({*this, kFormName, registry_}); });
+    Store(Marked("The place of the options could not be stored: %1"), [this] {
+        SaveWindowPosition({*this, kFormName, registry_});
+    });
     Destroy();
 }
 

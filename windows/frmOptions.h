@@ -53,7 +53,7 @@ private:
     void FillCheckBox(const CheckBox& row);
     void FillMinutesBox(const CheckBox& row);
     // False when nothing of it was stored, which is said.
-    bool Store(const char* what, const std::function<void()>& writes);
+    bool Store(const char* failed, const std::function<void()>& writes);
     void CheckBox_Click(const CheckBox& row);
     // Sets what hangs on the box to its state.
     void FollowCheckBox(const CheckBox& row);
