@@ -35,7 +35,7 @@ std::string CheckText(std::int64_t sites)
 
 std::string ResultText(std::int64_t newItems, std::int64_t failedSites)
 {
-    const std::string found
+    std::string found
         = newItems == 0 ? Words("No new items") : CountedWords("%1 new item", "%1 new items", newItems);
     if (failedSites == 0)
         return found;
