@@ -183,6 +183,13 @@ TEST_F(NewsTreeViewTest, LettersFindTitlesInSightAndNTheNextUnreadItem)
     EXPECT_EQ(clicks, "xbin7 ") << "round the end, into a closed branch";
     EXPECT_TRUE(Root("XBINS").Expanded());
     EXPECT_TRUE(view->HasFocus());
+    tree.SetState(*tree.Find("xbin30"), {TreeImage::ItemUnread, true, "<UNREAD>"});
+    tree.SetState(*tree.Find("xbin7"), {});
+    type("n");
+    EXPECT_LT(Row("xbin30").y, view->GetClientSize().y) << "in sight";
+    wxUIActionSimulator().Char(WXK_DOWN);
+    Rest();
+    EXPECT_EQ(tree.SelectedItem(), tree.Find("xbin31"));
 }
 
 } // namespace vantro::test

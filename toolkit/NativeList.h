@@ -32,6 +32,10 @@ struct ListRow {
     std::optional<int> child = {};
 };
 
+// Puts the keyboard's cursor on the row and scrolls as little as shows it. Right when the rows are measured,
+// as for ScrollTo(). In a list of single selection the window library's SetCurrentItem() only selects.
+void MoveCursor(wxDataViewCtrl& list, const ListRow& row);
+
 // Pixels of the first visible row that are scrolled out of sight.
 [[nodiscard]] int HiddenPartOfTopRow(wxDataViewCtrl& list);
 // Makes `row` the first visible one, as far as the list reaches, before the list is painted next.

@@ -111,6 +111,11 @@ void ShowCutTextsInTooltips(wxDataViewCtrl& list)
     g_signal_connect(tree, "query-tooltip", G_CALLBACK(OnQueryTooltip), nullptr);
 }
 
+void MoveCursor(wxDataViewCtrl& list, const ListRow& row)
+{
+    gtk_tree_view_set_cursor(TreeOf(list), PathOf(row).get(), nullptr, FALSE);
+}
+
 int HiddenPartOfTopRow(wxDataViewCtrl& list)
 {
     GtkTreeView* tree = TreeOf(list);

@@ -275,6 +275,24 @@ void NewsTreeView::SelectionChanged()
         return;
     const Showing showing(showing_);
     ShowSelection();
+    // A branch may just have been opened.
+    CallWhenIdle([view = wxWeakRef<NewsTreeView>(this)] {
+        if (view)
+            view->MoveCursorToSelection();
+    });
+}
+
+void NewsTreeView::MoveCursorToSelection()
+{
+    const NewsNode* node = tree_.SelectedItem();
+    if (node == nullptr)
+        return;
+    const Showing showing(showing_);
+    const NewsNode* root = node->Parent();
+    if (root == nullptr)
+        MoveCursor(*this, {IndexOf(tree_.Roots(), node)});
+    else if (root->Expanded())
+        MoveCursor(*this, {IndexOf(tree_.Roots(), root), IndexOf(root->Children(), node)});
 }
 
 void NewsTreeView::ShowSelection()

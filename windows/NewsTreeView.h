@@ -57,6 +57,7 @@ private:
     [[nodiscard]] ListRow PlaceNow() const;
     void RestorePlaceWhenIdle(bool forTheLastTime);
     void ShowSelection();
+    void MoveCursorToSelection();
     void OnLeftUp(wxMouseEvent& event);
     void OnRightDown(wxMouseEvent& event);
     [[nodiscard]] bool IsOnRow(const wxPoint& position) const;

@@ -29,7 +29,7 @@ void TreeKeys::OnKey(wxKeyEvent& event)
     const bool menu = key == WXK_WINDOWS_MENU || key == WXK_MENU || (key == WXK_F10 && event.ShiftDown());
     if (key == 'F' && event.ControlDown())
         return; // opens the toolkit's search, see SwitchOffSearch()
-    if (ChangeSearch(key) || ToggleBranch(key))
+    if (ChangeSearch(key) || (!event.HasModifiers() && ToggleBranch(key)))
         return;
     if (key == WXK_RETURN || key == WXK_NUMPAD_ENTER || (key == WXK_SPACE && search_.Text().empty()))
         actions_.click(TreeClicks::kLeftButton);

@@ -168,10 +168,20 @@ void frmMain::BindEvents()
         wxEVT_TIMER, [this](wxTimerEvent&) { status_.ComeToRest(); }, rest_.GetId());
     Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { Form_Unload(); });
     HearCloseRequests(*this);
+    tv_->Bind(wxEVT_KEY_DOWN, &frmMain::OnTreeKey, this);
     HearKeys(*this,
         {{"F5", [this] { refresh_->StartFeedDownloads(); }},
             {"<Control>r", [this] { refresh_->StartFeedDownloads(); }}, {"<Control>q", [this] { Close(); }},
             {"F6", [this] { SwitchFocus(); }}, {"<Shift>F6", [this] { SwitchFocus(); }}});
+}
+
+// Nothing else takes the focus; the window library's own Tab came back to the tree.
+void frmMain::OnTreeKey(wxKeyEvent& event)
+{
+    if (event.GetKeyCode() == WXK_TAB && !event.HasModifiers())
+        SwitchFocus();
+    else
+        event.Skip();
 }
 
 void frmMain::SwitchFocus()

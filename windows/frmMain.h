@@ -82,6 +82,7 @@ private:
     [[nodiscard]] bkDLControl* MakeDownload(const Site& site);
     void MakeMenus();
     void BindEvents();
+    void OnTreeKey(wxKeyEvent& event);
     void SwitchFocus();
     [[nodiscard]] Form ThisForm();
     [[nodiscard]] MainWindowParts Parts();
